@@ -12,8 +12,7 @@ public:
     Arena(Arena &&other) noexcept
         : blocks(std::move(other.blocks)), cursor(std::exchange(other.cursor, nullptr)),
           left(std::exchange(other.left, 0)), next_size(other.next_size)
-    {
-    }
+    {}
     Arena &operator=(Arena &&other) noexcept
     {
         Arena taken(std::move(other));

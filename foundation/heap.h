@@ -24,10 +24,14 @@ FOUNDATION_API void *malloc_aligned(std::size_t size, std::size_t alignment);
 // Takes back a block of either call; null is allowed.
 FOUNDATION_API void custom_free(void *block);
 
+namespace MEMORY_TRACKING {
+
 // The bytes asked for and not yet freed on `heap`: exact while no other thread allocates.
 FOUNDATION_API std::int64_t current_alloc_size(int heap);
 
-// One message_txt line a heap in use: "TEXT: heap N: B bytes".
+// One message_txt line a heap in use: "TEXT: heap N: B bytes", without the text and its colon if it is empty.
 FOUNDATION_API void report_size(char const *text);
+
+}  // namespace MEMORY_TRACKING
 
 }  // namespace KN

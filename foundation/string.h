@@ -35,8 +35,8 @@ public:
     unsigned length() const { return unsigned(std::u16string::size()); }
     FOUNDATION_API UniString lower() const;  // A to Z only, as String::lower
 
-    FOUNDATION_API static UniString format(unsigned value);       // decimal
-    FOUNDATION_API static UniString format_signed(int value);     // decimal, "-" in front of negative values
+    FOUNDATION_API static UniString format(unsigned value);    // decimal
+    FOUNDATION_API static UniString format_signed(int value);  // decimal, "-" in front of negative values
     // Fixed notation with `decimals` digits behind the point; with `trim`, trailing zeros and a bare point go.
     FOUNDATION_API static UniString format(float value, int decimals, bool trim);
 };

@@ -1,0 +1,234 @@
+#include "foundation/file.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <limits>
+
+#if defined(_WIN32)
+#error "the disk layer of this system is still to be written: everything below main knows files only through it"
+#else
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
+namespace KN {
+
+namespace {
+
+// The length of the UTF-8 sequence that the units at `place` form when each is taken as a byte; 0 if they form none.
+std::size_t byte_sequence(std::u16string_view units, std::size_t place)
+{
+    char16_t const first = units[place];
+    std::size_t const length = first >= 0xc2 && first < 0xe0   ? 2
+                               : first >= 0xe0 && first < 0xf0 ? 3
+                               : first >= 0xf0 && first < 0xf5 ? 4
+                                                               : 0;
+    if (length == 0 || place + length > units.size())
+        return 0;
+    for (std::size_t i = 1; i < length; ++i)
+        if (units[place + i] < 0x80 || units[place + i] > 0xbf)
+            return 0;
+    return length;
+}
+
+}  // namespace
+
+String disk_path(UniString const &path)
+{
+    String name;
+    std::size_t taken = 0;  // up to here the name is made
+    auto const encode_until = [&](std::size_t place) {
+        name += to_utf8(std::u16string_view(path).substr(taken, place - taken));
+        taken = place;
+    };
+    for (std::size_t place = 0; place < path.size();) {
+        std::size_t const length = byte_sequence(path, place);
+        if (length == 0) {
+            ++place;
+            continue;
+        }
+        encode_until(place);
+        for (; taken < place + length; ++taken)
+            name += char(path[taken]);
+        place = taken;
+    }
+    encode_until(path.size());
+    return disk_path(name);
+}
+
+String disk_path(String const &path)
+{
+    String name = path;
+    for (char &byte : name)
+        if (byte == '\\')
+            byte = '/';
+    return name;
+}
+
+bool exists(String const &path)
+{
+    struct stat found;
+    return ::stat(disk_path(path).c_str(), &found) == 0;
+}
+
+bool make_directories(String const &folder)
+{
+    String name = disk_path(folder);
+    for (std::size_t slash = name.find('/', 1); slash != String::npos; slash = name.find('/', slash + 1)) {
+        name[slash] = 0;
+        ::mkdir(name.c_str(), 0777);
+        name[slash] = '/';
+    }
+    ::mkdir(name.c_str(), 0777);
+    struct stat found;
+    return ::stat(name.c_str(), &found) == 0 && S_ISDIR(found.st_mode);
+}
+
+FileIn::~FileIn() { close(); }
+
+bool FileIn::open(UniString const &path, bool) { return open_disk(disk_path(path)); }
+bool FileIn::open(String const &path, bool) { return open_disk(disk_path(path)); }
+
+bool FileIn::open_disk(String const &name)
+{
+    close();
+    file_size = 0;
+    error = 0;
+    // Without O_NONBLOCK a pipe would hold us up before we can see that it is none of ours.
+    handle = name.find('\0') == String::npos ? ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK) : -1;
+    struct stat found;
+    if (handle < 0)
+        error = errno != 0 ? errno : EINVAL;
+    else if (::fstat(handle, &found) != 0)
+        error = errno;
+    else if (!S_ISREG(found.st_mode))
+        error = S_ISDIR(found.st_mode) ? EISDIR : EINVAL;
+    else if (found.st_size > std::numeric_limits<unsigned>::max())
+        error = EFBIG;
+    else
+        file_size = unsigned(found.st_size);
+    if (error != 0)
+        close();
+    return error == 0;
+}
+
+unsigned FileIn::read(void *target, unsigned size)
+{
+    unsigned moved = 0;
+    while (moved < size && handle >= 0) {
+        ssize_t const step = ::read(handle, static_cast<char *>(target) + moved, size - moved);
+        if (step < 0 && errno == EINTR)
+            continue;
+        if (step <= 0) {
+            error = step < 0 ? errno : EIO;
+            break;
+        }
+        moved += unsigned(step);
+    }
+    return moved;
+}
+
+unsigned FileIn::tell() const { return handle < 0 ? 0 : unsigned(::lseek(handle, 0, SEEK_CUR)); }
+
+void FileIn::seek(int position)
+{
+    if (handle < 0 || ::lseek(handle, position, position < 0 ? SEEK_END : SEEK_SET) < 0)
+        error = handle < 0 ? EBADF : errno;
+}
+
+void FileIn::close()
+{
+    if (handle >= 0)
+        ::close(handle);
+    handle = -1;
+}
+
+MemFileIn::MemFileIn(void const *source, unsigned size)
+    : bytes(static_cast<unsigned char const *>(source)), file_size(size), error(0)
+{}
+
+bool MemFileIn::open(UniString const &path, bool buffered) { return open_any(path, buffered); }
+bool MemFileIn::open(String const &path, bool buffered) { return open_any(path, buffered); }
+
+template <class PATH>
+bool MemFileIn::open_any(PATH const &path, bool buffered)
+{
+    held.clear();
+    bytes = nullptr;
+    file_size = position = 0;
+    FileIn file;
+    if (file.open(path, buffered)) {
+        held.resize(file.size());
+        if (file.read(held.data, held.count) == held.count) {
+            bytes = held.data;
+            file_size = held.count;
+        } else {
+            held.clear();
+        }
+    }
+    error = file.status();
+    return error == 0;
+}
+
+unsigned MemFileIn::read(void *target, unsigned size)
+{
+    unsigned const left = file_size - position;
+    unsigned const moved = size < left ? size : left;
+    if (moved != 0)
+        std::memcpy(target, bytes + position, moved);
+    position += moved;
+    if (moved < size)
+        error = EIO;
+    return moved;
+}
+
+void MemFileIn::seek(int target)
+{
+    std::int64_t const place = target < 0 ? std::int64_t(file_size) + target : target;
+    if (place < 0 || place > file_size)
+        error = EINVAL;
+    else
+        position = unsigned(place);
+}
+
+FileOut::~FileOut() { close(); }
+
+bool FileOut::open(String const &path, bool append, bool)
+{
+    close();
+    stream = std::fopen(disk_path(path).c_str(), append ? "ab" : "wb");
+    error = stream == nullptr ? errno : 0;
+    return error == 0;
+}
+
+unsigned FileOut::write(void const *source, unsigned size)
+{
+    if (stream == nullptr)
+        return 0;
+    std::size_t const moved = std::fwrite(source, 1, size, static_cast<std::FILE *>(stream));
+    if (moved != size)
+        error = errno;
+    return unsigned(moved);
+}
+
+unsigned FileOut::tell() const
+{
+    return stream == nullptr ? 0 : unsigned(std::ftell(static_cast<std::FILE *>(stream)));
+}
+
+void FileOut::seek(int position)
+{
+    if (stream == nullptr ||
+        std::fseek(static_cast<std::FILE *>(stream), position, position < 0 ? SEEK_END : SEEK_SET) != 0)
+        error = errno != 0 ? errno : EBADF;
+}
+
+bool FileOut::close()
+{
+    if (stream != nullptr && std::fclose(static_cast<std::FILE *>(std::exchange(stream, nullptr))) != 0 && error == 0)
+        error = errno;
+    return error == 0;
+}
+
+}  // namespace KN

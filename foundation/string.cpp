@@ -1,0 +1,172 @@
+#include "foundation/string.h"
+
+#include <array>
+#include <charconv>
+
+namespace KN {
+
+namespace {
+
+template <class TEXT>
+TEXT lower_ascii(TEXT text)
+{
+    for (auto &unit : text)
+        if (unit >= 'A' && unit <= 'Z')
+            unit = typename TEXT::value_type(unit + ('a' - 'A'));
+    return text;
+}
+
+UniString widen_ascii(char const *begin, char const *end) { return UniString(begin, end); }
+
+void append_utf8(String &bytes, char32_t code)
+{
+    auto const tail = [&](int shift) { bytes += char(0x80 | (code >> shift & 0x3f)); };
+    if (code < 0x80) {
+        bytes += char(code);
+    } else if (code < 0x800) {
+        bytes += char(0xc0 | code >> 6);
+        tail(0);
+    } else if (code < 0x10000) {
+        bytes += char(0xe0 | code >> 12);
+        tail(6);
+        tail(0);
+    } else {
+        bytes += char(0xf0 | code >> 18);
+        tail(12);
+        tail(6);
+        tail(0);
+    }
+}
+
+bool is_high(char16_t unit) { return unit >= 0xd800 && unit < 0xdc00; }
+bool is_low(char16_t unit) { return unit >= 0xdc00 && unit < 0xe000; }
+
+// The code point at the front of `bytes` and its length; length 0 if no valid sequence stands there.
+struct DECODED {
+    char32_t code;
+    unsigned length;
+};
+DECODED decode_utf8(std::string_view bytes)
+{
+    constexpr char32_t least[] = {0, 0, 0x80, 0x800, 0x10000};
+    unsigned char const first = static_cast<unsigned char>(bytes[0]);
+    unsigned const length = first < 0x80 ? 1 : first >= 0xf0 ? 4 : first >= 0xe0 ? 3 : first >= 0xc0 ? 2 : 0;
+    if (length == 0 || first >= 0xf8 || bytes.size() < length)
+        return {0, 0};
+    char32_t code = length == 1 ? first : first & (0x7fu >> length);
+    for (unsigned i = 1; i < length; ++i) {
+        unsigned char const byte = static_cast<unsigned char>(bytes[i]);
+        if ((byte & 0xc0) != 0x80)
+            return {0, 0};
+        code = code << 6 | (byte & 0x3f);
+    }
+    if (code < least[length] || code > 0x10ffff || (code >= 0xd800 && code < 0xe000))
+        return {0, 0};
+    return {code, length};
+}
+
+}  // namespace
+
+String String::lower() const { return lower_ascii(*this); }
+UniString UniString::lower() const { return lower_ascii(*this); }
+
+UniString UniString::format(unsigned value)
+{
+    std::array<char, 16> digits;
+    return widen_ascii(digits.data(), std::to_chars(digits.begin(), digits.end(), value).ptr);
+}
+
+UniString UniString::format_signed(int value)
+{
+    std::array<char, 16> digits;
+    return widen_ascii(digits.data(), std::to_chars(digits.begin(), digits.end(), value).ptr);
+}
+
+UniString UniString::format(float value, int decimals, bool trim)
+{
+    std::array<char, 512> digits;  // the longest f32 has 39 digits before the point
+    auto const [end, error] =
+        std::to_chars(digits.begin(), digits.end(), value, std::chars_format::fixed, decimals < 400 ? decimals : 400);
+    char const *last = end;
+    if (trim && std::string_view(digits.data(), end).find('.') != std::string_view::npos) {
+        while (last[-1] == '0')
+            --last;
+        if (last[-1] == '.')
+            --last;
+    }
+    return widen_ascii(digits.data(), last);
+}
+
+UniString must_fix_string_widen(String const &bytes)
+{
+    UniString units;
+    units.reserve(bytes.size());
+    for (char const byte : bytes)
+        units += char16_t(static_cast<unsigned char>(byte));
+    return units;
+}
+
+String must_fix_string_narrow(UniString const &units)
+{
+    String bytes;
+    bytes.reserve(units.size());
+    for (char16_t const unit : units)
+        bytes += unit < 0x100 ? char(unit) : '?';
+    return bytes;
+}
+
+String to_utf8(std::u16string_view units)
+{
+    String bytes;
+    bytes.reserve(units.size());
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        char16_t const unit = units[i];
+        if (is_high(unit) && i + 1 < units.size() && is_low(units[i + 1]))
+            append_utf8(bytes, 0x10000u + (char32_t(unit - 0xd800) << 10) + (units[++i] - 0xdc00u));
+        else
+            append_utf8(bytes, is_high(unit) || is_low(unit) ? 0xfffd : unit);
+    }
+    return bytes;
+}
+
+UniString from_utf8(std::string_view bytes)
+{
+    UniString units;
+    units.reserve(bytes.size());
+    while (!bytes.empty()) {
+        DECODED const decoded = decode_utf8(bytes);
+        if (decoded.length == 0) {
+            units += char16_t(0xfffd);
+            bytes.remove_prefix(1);
+            continue;
+        }
+        if (decoded.code >= 0x10000) {
+            units += char16_t(0xd800 + ((decoded.code - 0x10000) >> 10));
+            units += char16_t(0xdc00 + (decoded.code & 0x3ff));
+        } else {
+            units += char16_t(decoded.code);
+        }
+        bytes.remove_prefix(decoded.length);
+    }
+    return units;
+}
+
+String printable(std::string_view text)
+{
+    constexpr char digits[] = "0123456789abcdef";
+    String shown;
+    shown.reserve(text.size());
+    for (char const byte : text) {
+        unsigned char const value = static_cast<unsigned char>(byte);
+        if (value < 0x20 || value == 0x7f) {
+            shown += "\\x";
+            shown += digits[value >> 4];
+            shown += digits[value & 15];
+        } else {
+            shown += byte;
+        }
+    }
+    return shown;
+}
+
+}  // namespace KN
