@@ -77,10 +77,11 @@ function(house_program name)
     target_link_libraries(${name} PRIVATE ${ARG_LINK} house_warnings)
 endfunction()
 
-# house_test(NAME SOURCES file.. LINK target.. [TIMEOUT seconds]): one program, one entry of ctest.
-# Tests see the shared helpers of tests/ as "tests/...".
+# house_test(NAME SOURCES file.. LINK target.. [TIMEOUT seconds] [SANITIZED]): one program, one entry of ctest.
+# Tests see the shared helpers of tests/ as "tests/...". SANITIZED: ./test also runs it under the sanitizers.
+add_custom_target(sanitized_tests)
 function(house_test name)
-    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINK" ${ARGN})
+    cmake_parse_arguments(ARG "SANITIZED" "TIMEOUT" "SOURCES;LINK" ${ARGN})
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 120)
     endif()
@@ -88,6 +89,10 @@ function(house_test name)
     house_headers(${name} tests PRIVATE)
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT})
+    if(ARG_SANITIZED)
+        add_dependencies(sanitized_tests ${name})
+        set_tests_properties(${name} PROPERTIES LABELS sanitized)
+    endif()
 endfunction()
 
 # house_benchmark(NAME SOURCES file.. LINK target..)
