@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <limits>
+#include <utility>
 
 #if defined(_WIN32)
 #error "the disk layer of this system is still to be written: everything below main knows files only through it"
@@ -15,6 +16,14 @@
 namespace KN {
 
 namespace {
+
+thread_local FileWatch *thread_file_watch = nullptr;
+
+void tell_watch(String const &disk_name, bool found)
+{
+    if (thread_file_watch != nullptr)
+        thread_file_watch->looked_for(disk_name, found);
+}
 
 // The length of the UTF-8 sequence that the units at `place` form when each is taken as a byte; 0 if they form none.
 std::size_t byte_sequence(std::u16string_view units, std::size_t place)
@@ -66,10 +75,15 @@ String disk_path(String const &path)
     return name;
 }
 
+FileWatch *set_thread_file_watch(FileWatch *watch) { return std::exchange(thread_file_watch, watch); }
+
 bool exists(String const &path)
 {
-    struct stat found;
-    return ::stat(disk_path(path).c_str(), &found) == 0;
+    String const name = disk_path(path);
+    struct stat info;
+    bool const found = ::stat(name.c_str(), &info) == 0;
+    tell_watch(name, found);
+    return found;
 }
 
 bool make_directories(String const &folder)
@@ -110,6 +124,7 @@ bool FileIn::open_disk(String const &name)
         file_size = unsigned(found.st_size);
     if (error != 0)
         close();
+    tell_watch(name, error == 0);
     return error == 0;
 }
 

@@ -20,6 +20,20 @@ FOUNDATION_API bool exists(String const &path);
 // Creates the folder and those above it; true if it stands afterwards.
 FOUNDATION_API bool make_directories(String const &folder);
 
+// Who wants to know which files a thread opens for reading, or asks after, also in vain: a build host, to see what a
+// product depends on.
+class FileWatch {
+public:
+    // The name as the system knows it; the call comes before the first byte is read.
+    virtual void looked_for(String const &disk_name, bool found) = 0;
+
+protected:
+    ~FileWatch() = default;
+};
+
+// For the calling thread. Gives the watch that stood before; null takes it away. The watch outlives its installation.
+FOUNDATION_API FileWatch *set_thread_file_watch(FileWatch *watch);
+
 class FOUNDATION_API FileIn {
 public:
     FileIn() = default;

@@ -110,4 +110,22 @@ TEST_F(FileTest, AFinishedFileAppearsWholeOrNotAtAll)
         EXPECT_FALSE(KN::FinishedFile::is_unfinished(name)) << name;
 }
 
+TEST_F(FileTest, AThreadsWatchHearsOfEveryFileLookedForAlsoInVain)
+{
+    struct WATCH final : KN::FileWatch {
+        void looked_for(KN::String const &name, bool found) override { heard.emplace_back(name, found); }
+        std::vector<std::pair<std::string, bool>> heard;
+    } watch;
+    std::ofstream(folder / "here") << "1";
+    KN::FileWatch *const before = KN::set_thread_file_watch(&watch);
+    KN::FileIn().open(path("here"), false);
+    KN::MemFileIn().open(path("gone"), false);
+    KN::exists(path("sub\\gone"));  // a backslash separates on every system
+    EXPECT_EQ(KN::set_thread_file_watch(before), &watch);
+    KN::exists(path("here"));
+    std::vector<std::pair<std::string, bool>> const expected = {
+        {path("here"), true}, {path("gone"), false}, {path("sub/gone"), false}};
+    EXPECT_EQ(watch.heard, expected);
+}
+
 }  // namespace
