@@ -2,12 +2,13 @@
 // run, the display shows them. The scheduler knows only these interfaces, so that it can be tested without a disk.
 #pragma once
 
+#include "platform/build_host/api.h"
+#include "platform/build_host/planned_action.h"
+
 #include <QtCore/QString>
 #include <QtCore/QVector>
 
-class LOGICAL_PATH;
-class PHYSICAL_PATH;
-struct PLANNED_ACTION;  // an action of the plan with its class name, declared sources and targets
+#include <cstdint>
 
 // The up-to-date state as the scheduler sees it. `status` values are those of ACTION_INTERFACE::STATUS.
 class RUN_STATE {
@@ -33,17 +34,29 @@ public:
     virtual bool run_ends() = 0;
 };
 
-// What the running action looks at, told on its own thread. The file table and the rules report to the watch of the
-// thread that asks; a thread without a watch costs them one test of a pointer.
+// What the running action looks at, told on its own thread. The file table, the rules and the depot calls report to the
+// watch of the thread that asks; a thread without a watch costs them one test of a pointer.
 class RUN_WATCH {
 public:
     virtual void file_looked_up(LOGICAL_PATH const &path, bool found) = 0;
-    // `path` is empty for a global rule. `rule` identifies the rule's values as RULE_CACHE knows them.
-    virtual void file_booked(PHYSICAL_PATH const &path, bool removed) = 0;
+    // A rule was asked for. `path` is empty for that of the whole tree. Whether it exists counts as read.
+    virtual void rule_asked(LOGICAL_PATH const &path, QString const &kind, RULE const &rule) = 0;
+    // A property of a rule that was asked for, perhaps while planning, and that exists. Its value: rule_answer.
+    virtual void property_read(RULE_DATA const &rule, QString const &property) = 0;
+    // `present`: the file was on disk before this action (as the table has it).
+    virtual void file_booked(PHYSICAL_PATH const &path, bool present) = 0;
+    virtual void file_removed(PHYSICAL_PATH const &path) = 0;
 
 protected:
     ~RUN_WATCH() = default;
 };
+
+// For the calling thread. Gives the watch that stood before; null takes it away.
+BUILD_HOST_API RUN_WATCH *set_run_watch(RUN_WATCH *watch);
+
+// What an action gets for a property, or for the existence of the rule if `property` is empty, as a number: equal for
+// equal values of equal type, with absent, null and empty told apart.
+BUILD_HOST_API std::uint64_t rule_answer(RULE const &rule, QString const &property);
 
 // The display. Calls come from any worker thread, one at a time.
 class RUN_DISPLAY {
