@@ -1,0 +1,49 @@
+// A plan: all actions that the processors want for a tree, with the order between them. Planning runs on one thread and
+// opens no file.
+#pragma once
+
+#include "Plugins/Vx2/host/processor.h"
+#include "platform/build_host/api.h"
+#include "platform/build_host/file_tree.h"
+#include "platform/build_host/planned_action.h"
+#include "platform/build_host/rule_store.h"
+
+#include <span>
+#include <vector>
+
+struct PLAN_EDGE {
+    int other;
+    bool flag;        // dependencies: the later action needs what the earlier one holds in memory
+    bool by_host;     // else by the plug-in
+    bool is_product;  // dependencies: the later action reads a file that the earlier one writes
+};
+
+// The edges of all actions in one array, those of an action side by side.
+class EDGE_LISTS {
+public:
+    std::span<PLAN_EDGE const> of(int action) const
+    {
+        return {edges.data() + starts[std::size_t(action)], edges.data() + starts[std::size_t(action) + 1]};
+    }
+
+    std::vector<PLAN_EDGE> edges;
+    std::vector<std::uint32_t> starts{0};  // one more than actions
+};
+
+class BUILD_HOST_API PLAN {
+public:
+    PLAN() = default;
+    ~PLAN();  // deletes the actions
+    PLAN(PLAN const &) = delete;
+    PLAN &operator=(PLAN const &) = delete;
+
+    std::vector<PLANNED_ACTION> actions;  // in the order in which the processors gave them
+    EDGE_LISTS dependencies;              // of the later action on earlier ones
+    EDGE_LISTS pulls;
+    QStringList warnings;  // such as two producers of one file
+};
+
+// Asks the processors in turn and works out the order. Faults become errors of their actions (ACTION_INTERFACE::error):
+// a cycle of dependencies, an edge to an action that no processor gave, a target outside the tree.
+BUILD_HOST_API void make_plan(std::vector<PROCESSOR_INTERFACE *> const &processors, FILE_TREE &files, RULE_STORE &rules,
+                              PLAN &plan);
