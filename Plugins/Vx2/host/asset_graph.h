@@ -1,0 +1,40 @@
+// QTSHARED::ASSET_GRAPH: which finished asset needs which other, over all AGF files of a tree, held in memory. Ids are
+// matched without regard to case. Calls may be made from any thread.
+#pragma once
+
+#include "Plugins/Vx2/host/asset_fragment_builder.h"
+
+#include <QtCore/QHash>
+#include <QtCore/QReadWriteLock>
+#include <QtCore/QStringList>
+
+namespace QTSHARED {
+
+class ASSET_GRAPH_API ASSET_GRAPH {
+public:
+    // Reads all AGF files below the folder. One that cannot be read is a warning and counts as absent.
+    explicit ASSET_GRAPH(QString const &working_root);
+
+    // The id of the fragment whose asset is `asset`, a path below the working root; empty if there is none.
+    QString fragment_id_from_asset_filename(QString const &asset) const;
+    // A copy of all fragments, by id in lower case.
+    QMap<QString, ASSET_FRAGMENT> asset_fragments() const;
+    // The ids of the fragments that need `id`, ascending.
+    QStringList needed_by(QString const &id) const;
+
+    // Writes the builder's AGF file and puts its fragments in the place of those that the file held. False, with the
+    // cause, if the file could not be written; the graph is then as it was.
+    bool replace_and_save(ASSET_FRAGMENT_BUILDER const &builder, QString &error);
+
+private:
+    QString below_root(QString const &path) const;
+    void enter(QString const &agf, QMap<QString, ASSET_FRAGMENT> const &fragments);
+
+    QString root;
+    mutable QReadWriteLock lock;
+    QMap<QString, ASSET_FRAGMENT> by_id;  // key: id in lower case
+    QHash<QString, QStringList> ids_of;   // by AGF path in lower case: keys of by_id
+    QHash<QString, QString> id_by_asset;  // by asset path in lower case: id
+};
+
+}  // namespace QTSHARED

@@ -1,0 +1,25 @@
+// The virtual file system of the game tools: one name space over several folders.
+#pragma once
+
+#include "Plugins/Vx2/host/library_api.h"
+#include "foundation/containers.h"
+#include "foundation/string.h"
+
+namespace UTILITYDLL {
+
+class UTILITY_API VFS {
+public:
+    // The folders that names are looked for in, in that order. Set before actions run.
+    void set_roots(KN_STD::VECTOR<KN::String> folders) { roots = std::move(folders); }
+
+    // Below one of the roots, or as it stands; where the disk tells cases apart, a name that differs from the disk's in
+    // the case of letters is found too. Any thread.
+    bool exists(KN::String const &name) const;
+
+private:
+    KN_STD::VECTOR<KN::String> roots;
+};
+
+UTILITY_API VFS &vfs();
+
+}  // namespace UTILITYDLL
