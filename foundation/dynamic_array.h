@@ -107,6 +107,19 @@ public:
         count = wanted;
     }
 
+    // Replaces the elements by the `number` whose bytes stand at `bytes`, where they need no alignment.
+    void assign_bytes(void const *bytes, unsigned number)
+    {
+        static_assert(std::is_trivially_copyable_v<T>);
+        clear();
+        if (number == 0)
+            return;
+        data = allocate(number);
+        capacity = number;
+        std::memcpy(static_cast<void *>(data), bytes, std::size_t(number) * sizeof(T));
+        count = number;
+    }
+
     // Destroys the elements and gives the storage back.
     void clear()
     {

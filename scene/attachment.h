@@ -5,6 +5,8 @@
 
 #include "scene/mesh.h"
 
+#include <limits>
+
 namespace VEX2_LOADER {
 
 class SCENE_API VEX2_ATTACHMENT : public VEX2_OBJECT, public VEX2_CHUNK {
@@ -110,7 +112,7 @@ public:
     static void fields(VISITOR &v)
     {
         VEX2_OBJECT::fields(v);
-        v.obsolete_channel(0.0f, 1.13f);
+        v.obsolete_channel(-std::numeric_limits<float>::infinity(), 1.13f);
         v("indices", &VEX2_NAME_LINK::indices);
         v("link_text", &VEX2_NAME_LINK::link_text);
     }

@@ -33,7 +33,7 @@ public:
 };
 
 template <class CHANNEL>
-class VEX2_CHANNEL_ATTRIBUTE : public VEX2_NAMED, public VEX2_ANIMATED {
+class SCENE_API VEX2_CHANNEL_ATTRIBUTE : public VEX2_NAMED, public VEX2_ANIMATED {
 public:
     VEX2_OWNED<CHANNEL> value;
 

@@ -2,22 +2,28 @@
 // chain of files being loaded, the memory that may still be used, and the first fault.
 #pragma once
 
+#include "foundation/containers.h"
 #include "foundation/mem_buffer.h"
 #include "foundation/string.h"
 #include "scene/api.h"
 
-#include <memory>
-
 namespace VEX2_LOADER {
 
-struct VEX2_LOAD_SESSION;
+// What the load of a scene and the loads of its references share.
+struct VEX2_LOAD_SESSION {
+    KN_STD::SET<KN::String> files;  // every file read, once
+    std::uint64_t input = 0;        // their bytes
+    std::uint64_t used = 0;         // memory that the loads have charged
+    unsigned references = 0;        // met so far, their files present or not
+    unsigned referenced_loads = 0;
+};
 
 class SCENE_API VEX2_READ_BUFFER : public KN::MemBuffer {
 public:
     // Reads the file. A file that does not open, is empty or cannot be read in full leaves an empty buffer: its cursor
     // is not below its end.
     explicit VEX2_READ_BUFFER(KN::UniString const &path);
-    // The file of a reference: shares the session of the load that found it.
+    // The file of a reference, as a part of the load that met it.
     VEX2_READ_BUFFER(KN::UniString const &path, VEX2_READ_BUFFER &outer);
     // The caller's bytes, which outlive the buffer; references resolve against `path`.
     VEX2_READ_BUFFER(KN::UniString const &path, void const *bytes, unsigned size);
@@ -26,28 +32,43 @@ public:
     VEX2_READ_BUFFER &operator=(VEX2_READ_BUFFER const &) = delete;
 
     KN::UniString path;
-    KN::String fault;  // why the load failed, as one line with the path in front; empty if it has not
+    KN::String fault;                   // why the load failed, as one line with the path in front; else empty
+    VEX2_READ_BUFFER *outer = nullptr;  // whose load opened this buffer; null for the outermost
 
     std::size_t offset() const { return std::size_t(cursor - start); }
+    VEX2_LOAD_SESSION &session() { return *load; }
 
-    // Records the first fault only; always false, so that readers can return it.
+    // Takes note of the first fault and of the byte it was met at; always false, so that readers can return it.
     bool fail(KN::String const &what);
-    // Counts memory that the load is about to use; false, with a fault, if the load would use more than its input
-    // allows.
-    bool charge(std::uint64_t bytes);
-    // One level deeper in nested maps; false, with a fault, at the deepest level. Each true is taken back by leave_map.
-    bool enter_map();
-    void leave_map() { --map_depth; }
+    // A reader on the way out of a fault adds where it stood, the innermost first: a field's name, or "[n]".
+    void add_place(KN::String const &where);
+    // The fault as a text: place, what, byte.
+    KN::String fault_text() const;
 
-    // Of one load and of all loads of references within it.
-    std::shared_ptr<VEX2_LOAD_SESSION> session;
-    VEX2_READ_BUFFER *outer = nullptr;  // whose load opened this buffer; null for the outermost
+    // fail() for `wanted` bytes that are not there.
+    bool fail_short(std::uint64_t wanted);
+    // Counts memory that the load is about to use beyond the bytes it copies; false, with a fault, if that is more than
+    // the input allows.
+    bool charge(std::uint64_t bytes)
+    {
+        load->used += bytes;
+        return load->used <= memory_limit() || fail_charge();
+    }
+
+    unsigned map_depth = 0;  // of the map being read within other maps
 
 private:
     void read_file();
+    // With the file itself and what is copied out of it as it stands, a load stays below 64 MiB + 32 times its input.
+    std::uint64_t memory_limit() const { return (std::uint64_t(48) << 20) + 26 * load->input; }
+    bool fail_charge();
 
     unsigned char *block = nullptr;
-    unsigned map_depth = 0;
+    VEX2_LOAD_SESSION own_load;
+    VEX2_LOAD_SESSION *load = &own_load;
+    KN::String cause;
+    KN::String place;
+    std::size_t fault_offset = 0;
 };
 
 }  // namespace VEX2_LOADER

@@ -25,9 +25,9 @@ public:
     virtual VEX2_CHANNEL *clone() const = 0;
 
     // To `time`, held between the first and the last key. Starts looking from the current position.
-    void seek(float time) override;
+    void seek(float time) final;
     // `delta` further, wrapping around at the end; a negative step stops at the first key.
-    void advance(float delta) override;
+    void advance(float delta) final;
 
 private:
     float current_time() const;
@@ -35,7 +35,7 @@ private:
 
 // The channels of one value type. What a kind cannot do to its keys leaves them as they are.
 template <class VALUE>
-class VEX2_KEYED_CHANNEL : public VEX2_CHANNEL {
+class SCENE_API VEX2_KEYED_CHANNEL : public VEX2_CHANNEL {
 public:
     KN::DynamicArray<VALUE> values;  // one per time
 
@@ -62,7 +62,7 @@ public:
 
 // Kinds whose values are interpolated field by field.
 template <class VALUE>
-class VEX2_LINEAR_CHANNEL : public VEX2_KEYED_CHANNEL<VALUE> {
+class SCENE_API VEX2_LINEAR_CHANNEL : public VEX2_KEYED_CHANNEL<VALUE> {
 public:
     using VEX2_KEYED_CHANNEL<VALUE>::value;
     void value(VALUE &out) const override;
@@ -74,7 +74,7 @@ protected:
 
 // The kinds with all four operations on their keys.
 template <class VALUE, std::uint32_t SUBTYPE>
-class VEX2_LINEAR_KIND : public VEX2_LINEAR_CHANNEL<VALUE> {
+class SCENE_API VEX2_LINEAR_KIND : public VEX2_LINEAR_CHANNEL<VALUE> {
 public:
     static constexpr std::uint32_t kind = SUBTYPE;
     std::uint32_t subtype() const override { return SUBTYPE; }
@@ -85,7 +85,7 @@ public:
 };
 
 #define VEX2_LINEAR_KIND_CLASS(CLASS, VALUE, SUBTYPE)                                                                  \
-    class CLASS : public VEX2_LINEAR_KIND<VALUE, SUBTYPE> {                                                            \
+    class SCENE_API CLASS : public VEX2_LINEAR_KIND<VALUE, SUBTYPE> {                                                  \
     public:                                                                                                            \
         CLASS *clone() const override { return new CLASS(*this); }                                                     \
     };
@@ -97,7 +97,7 @@ VEX2_LINEAR_KIND_CLASS(VEX2_VECTOR4_CHANNEL, VEX2_VECTOR4, 9)
 VEX2_LINEAR_KIND_CLASS(VEX2_VECTOR_PAIR_CHANNEL, VEX2_VECTOR_PAIR, 11)
 #undef VEX2_LINEAR_KIND_CLASS
 
-class VEX2_RANGE_CHANNEL : public VEX2_LINEAR_CHANNEL<VEX2_RANGE> {
+class SCENE_API VEX2_RANGE_CHANNEL : public VEX2_LINEAR_CHANNEL<VEX2_RANGE> {
 public:
     static constexpr std::uint32_t kind = 1;
     std::uint32_t subtype() const override { return kind; }
@@ -158,7 +158,7 @@ public:
     virtual void divide(float) {}
 };
 
-class VEX2_TANGENT_FRAME_CHANNEL : public VEX2_LINEAR_CHANNEL<VEX2_TANGENT_FRAME> {
+class SCENE_API VEX2_TANGENT_FRAME_CHANNEL : public VEX2_LINEAR_CHANNEL<VEX2_TANGENT_FRAME> {
 public:
     static constexpr std::uint32_t kind = 10;
     std::uint32_t subtype() const override { return kind; }

@@ -21,7 +21,8 @@ public:
     // A deep copy without a parent pointer: the copy may stand in another array.
     VEX2_MATRIX_NODE(VEX2_MATRIX_NODE const &other);
     VEX2_MATRIX_NODE(VEX2_MATRIX_NODE &&) = default;
-    VEX2_MATRIX_NODE &operator=(VEX2_MATRIX_NODE other);
+    VEX2_MATRIX_NODE &operator=(VEX2_MATRIX_NODE const &other);
+    VEX2_MATRIX_NODE &operator=(VEX2_MATRIX_NODE &&) = default;
 
     template <class VISITOR>
     static void fields(VISITOR &v)

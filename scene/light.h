@@ -130,7 +130,7 @@ public:
 
 // What spot and direct lights have in common; the two differ in their number only.
 template <std::uint32_t SUBTYPE>
-class VEX2_SPREAD_LIGHT : public VEX2_LIGHT {
+class SCENE_API VEX2_SPREAD_LIGHT : public VEX2_LIGHT {
 public:
     static constexpr std::uint32_t kind = SUBTYPE;
     VEX2_OWNED<VEX2_FLOAT_CHANNEL> spread_inner, spread_outer;

@@ -3,12 +3,14 @@
 #pragma once
 
 #include "foundation/arena.h"
+#include "scene/hierarchy.h"
 #include "scene/object.h"
 #include "scene/vertex.h"
 
 namespace VEX2_LOADER {
 
 struct VEX2_TRIANGLE {
+    static constexpr bool stored_as_is = true;
     std::uint32_t vertices[3] = {};  // into the mesh's `vertices`
 
     template <class VISITOR>
@@ -63,7 +65,7 @@ public:
 
 // What the four kinds share: the vertices by value, and the blocks that their small arrays stand in.
 template <class VERTEX>
-class VEX2_MESH_OF : public VEX2_MESH {
+class SCENE_API VEX2_MESH_OF : public VEX2_MESH {
 public:
     bool read_vertices(VEX2_READ_BUFFER &buffer, float version) override;
     bool write_vertices(VEX2_CHUNK_WRITER &writer) const override;
@@ -71,10 +73,7 @@ public:
     VERTEX &vertex(std::uint32_t i) override { return vertices[i]; }
     VERTEX const &vertex(std::uint32_t i) const override { return vertices[i]; }
 
-private:
-    KN::Arena blocks;  // of the arrays that were read; before `vertices`, which it outlives
-
-public:
+    KN::Arena blocks;  // of the vertices' small arrays, as read and as computed; it outlives `vertices`
     KN::DynamicArray<VERTEX> vertices;
 };
 
@@ -131,14 +130,16 @@ public:
     VEX2_SERIAL_OPERATIONS
     std::uint32_t chunk_type() const override { return 10; }
 
-    // Both take a matrix per node of the hierarchy; an influence whose node has none is left as it is.
+    // The next two take a matrix per node of the hierarchy; an influence whose node has none is left as it is.
     // The vertices' local positions and normals, from the bind ones.
     void take_local_positions(KN::DynamicArray<VEX2_MATRIX> const &inverse,
                               KN::DynamicArray<VEX2_MATRIX> const &rotation_inverse);
     // The vertices' local frames, from their frames.
     void take_local_frames(KN::DynamicArray<VEX2_MATRIX> const &rotation_inverse);
+    // The bytes that these frames take.
+    std::uint64_t local_frame_bytes() const;
     // Positions, normals and frames of all vertices for the nodes' current matrices.
-    void skin(KN::DynamicArray<VEX2_MATRIX> const &node_matrices);
+    void skin(VEX2_MATRIX_HIERARCHY const &hierarchy);
 
 private:
     KN::Arena frame_blocks;  // of the local frames

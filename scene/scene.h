@@ -103,6 +103,8 @@ public:
 
 class SCENE_API VEX2 : public VEX2_ANIMATED {
 public:
+    static constexpr std::uint32_t magic = 0x56583201;
+
     VEX2_HEADER header;
     VEX2_SCENE_INFO info;
     VEX2_OWNED<VEX2_GLOBAL_AMBIENT> ambient;
@@ -134,6 +136,41 @@ public:
     VEX2_LIST<VEX2_LINK> links;
     VEX2_INT_TRACK int_track;
 
+    // All members in the order above; the file has an order of its own.
+    template <class VISITOR>
+    static void fields(VISITOR &v)
+    {
+        v("header", &VEX2::header);
+        v("info", &VEX2::info);
+        v("ambient", &VEX2::ambient);
+        v("tint", &VEX2::tint);
+        v("lights", &VEX2::lights);
+        v("cameras", &VEX2::cameras);
+        v("static_meshes", &VEX2::static_meshes);
+        v("animated_meshes", &VEX2::animated_meshes);
+        v("morph_meshes", &VEX2::morph_meshes);
+        v("weighted_meshes", &VEX2::weighted_meshes);
+        v("shapes", &VEX2::shapes);
+        v("helpers", &VEX2::helpers);
+        v("name_links", &VEX2::name_links);
+        v("hierarchy", &VEX2::hierarchy);
+        v("materials", &VEX2::materials);
+        v("attachments_3", &VEX2::attachments_3);
+        v("attachments_2", &VEX2::attachments_2);
+        v("attachments_5", &VEX2::attachments_5);
+        v("attachments_0", &VEX2::attachments_0);
+        v("attachments_4", &VEX2::attachments_4);
+        v("attachments_6", &VEX2::attachments_6);
+        v("attachments_1", &VEX2::attachments_1);
+        v("attachments_7", &VEX2::attachments_7);
+        v("attachments_8", &VEX2::attachments_8);
+        v("attachments_9", &VEX2::attachments_9);
+        v("references_a", &VEX2::references_a);
+        v("references_b", &VEX2::references_b);
+        v("links", &VEX2::links);
+        v("int_track", &VEX2::int_track);
+    }
+
     VEX2();
     ~VEX2() override;
     VEX2(VEX2 const &) = delete;
@@ -161,12 +198,13 @@ public:
     // The same for the frames alone, after frames or vertices of weighted meshes were changed.
     void refresh_weighted_frames();
 
+    static constexpr std::uint32_t attachment_list_count = 10;
     // The list of that id, 0 to 9; null for any other.
     VEX2_LIST<VEX2_ATTACHMENT> *attachment_list(std::uint32_t id);
 
 private:
-    template <class MOVE>
-    void move(MOVE const &step);
+    template <class STEP>
+    void move(STEP const &step);
 };
 
 }  // namespace VEX2_LOADER

@@ -8,6 +8,7 @@ namespace VEX2_LOADER {
 // A piece of a spline. Neighbouring segments share a point, so n segments of degrees d1 to dn stand on d1 + ... + dn +
 // 1 points.
 struct VEX2_SPLINE_SEGMENT {
+    static constexpr bool stored_as_is = true;
     std::uint32_t degree = 0;  // at most 3
     float length = 0;          // as stored; not computed here
 
@@ -20,8 +21,8 @@ struct VEX2_SPLINE_SEGMENT {
 };
 
 // t from 0 to 1 takes the same share of every segment, whatever its length; beyond 1 the last segment is continued.
-// The load has checked that the points suffice for the segments; a spline that a program built and whose points do not
-// suffice, or that has no segments, leaves `out` as it was.
+// A spline whose points do not suffice for its segments, that has none, or one of a higher degree leaves `out` as it
+// was.
 class SCENE_API VEX2_SPLINE_BASE : public VEX2_SERIAL {
 public:
     KN::DynamicArray<VEX2_SPLINE_SEGMENT> segments;

@@ -9,7 +9,7 @@
 
 namespace VEX2_LOADER {
 
-class VEX2_VERTEX_INTERFACE {
+class SCENE_API VEX2_VERTEX_INTERFACE {
 public:
     virtual ~VEX2_VERTEX_INTERFACE() = default;
     virtual bool read(VEX2_READ_BUFFER &buffer, float version) = 0;
@@ -84,6 +84,7 @@ public:
 };
 
 struct VEX2_MORPH_DELTA {
+    static constexpr bool stored_as_is = true;
     VEX2_VECTOR offset;
     std::uint32_t target = 0;  // into the mesh's `targets`
 
