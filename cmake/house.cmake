@@ -52,10 +52,11 @@ function(house_headers target folder scope)
     target_include_directories(${target} ${scope} $<BUILD_INTERFACE:${links}> $<INSTALL_INTERFACE:include/mox>)
 endfunction()
 
-# house_library(NAME KIND FOLDER SOURCES file.. [PUBLIC target..] [PRIVATE target..])
-# KIND is SHARED, STATIC, OBJECT or INTERFACE (headers only: PUBLIC alone has a meaning then).
+# house_library(NAME KIND FOLDER SOURCES file.. [PUBLIC target..] [PRIVATE target..] [PUBLISHED])
+# KIND is SHARED, STATIC, OBJECT or INTERFACE (headers only: PUBLIC alone has a meaning then). All shared libraries are
+# installed, because the programs need them; PUBLISHED ones with their headers and in the CMake package "mox" too.
 function(house_library name kind folder)
-    cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+    cmake_parse_arguments(ARG "PUBLISHED" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
     add_library(${name} ${kind} ${ARG_SOURCES})
     if(kind STREQUAL "INTERFACE")
         house_headers(${name} ${folder} INTERFACE)
@@ -64,10 +65,13 @@ function(house_library name kind folder)
         house_headers(${name} ${folder} PUBLIC)
         target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE} $<BUILD_INTERFACE:house_warnings>)
     endif()
-    install(TARGETS ${name} EXPORT mox_targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-            ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-    install(DIRECTORY ${CMAKE_SOURCE_DIR}/${folder}/ DESTINATION include/mox/${folder}
-            FILES_MATCHING PATTERN "*.h")
+    if(ARG_PUBLISHED)
+        install(TARGETS ${name} EXPORT mox_targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+        install(DIRECTORY ${CMAKE_SOURCE_DIR}/${folder}/ DESTINATION include/mox/${folder}
+                FILES_MATCHING PATTERN "*.h")
+    elseif(kind STREQUAL "SHARED")
+        install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    endif()
 endfunction()
 
 # house_program(NAME SOURCES file.. LINK target..)
