@@ -64,12 +64,12 @@ struct TEXTURE {
 };
 
 struct MATERIAL {
-    enum ALPHA { OPAQUE, CUT_OFF, BLENDED };
+    enum ALPHA { SOLID, CUT_OFF, BLENDED };
     std::string name;
     float colour[4] = {1, 1, 1, 1};  // linear light, 0 to 1
     float metalness = 0, roughness = 1;
     TEXTURE diffuse, normal;
-    ALPHA alpha = OPAQUE;
+    ALPHA alpha = SOLID;
     float cut_off = 0.5f;
     bool two_sided = false;
     MEMBERS extras;
