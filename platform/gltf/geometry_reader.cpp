@@ -1,7 +1,7 @@
 // A file is a header of 12 bytes, then chunks of { u32 size, u32 type, bytes }: JSON first, then the buffer. The JSON
 // is taken apart by nlohmann's parser, which does not recurse; nothing in it is believed before it is checked.
 
-#include "platform/gltf/geometry_reader.h"
+#include "platform/gltf/geometry.h"
 
 #include "foundation/file.h"
 #include "foundation/mem_buffer.h"
