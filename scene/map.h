@@ -80,7 +80,7 @@ public:
     VEX2_ANIMATED_OPERATIONS
 };
 
-struct VEX2_MAP_FILTER {
+struct SCENE_API VEX2_MAP_FILTER {
     float values[2] = {0, 1};
     std::uint32_t number = 0;
 

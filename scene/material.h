@@ -57,7 +57,7 @@ public:
     VEX2_STANDARD_MATERIAL *clone() const override { return new VEX2_STANDARD_MATERIAL(*this); }
 };
 
-struct VEX2_SHADER_TEXTURE {
+struct SCENE_API VEX2_SHADER_TEXTURE {
     KN::UniString slot;
     KN::UniString file;
 
@@ -69,7 +69,7 @@ struct VEX2_SHADER_TEXTURE {
     }
 };
 
-struct VEX2_SHADER_SLOT {
+struct SCENE_API VEX2_SHADER_SLOT {
     KN::UniString name;
     std::uint32_t numbers[2] = {};
 

@@ -9,7 +9,7 @@
 
 namespace VEX2_LOADER {
 
-struct VEX2_TRIANGLE {
+struct SCENE_API VEX2_TRIANGLE {
     static constexpr bool stored_as_is = true;
     std::uint32_t vertices[3] = {};  // into the mesh's `vertices`
 

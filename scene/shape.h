@@ -7,7 +7,7 @@ namespace VEX2_LOADER {
 
 // A piece of a spline. Neighbouring segments share a point, so n segments of degrees d1 to dn stand on d1 + ... + dn +
 // 1 points.
-struct VEX2_SPLINE_SEGMENT {
+struct SCENE_API VEX2_SPLINE_SEGMENT {
     static constexpr bool stored_as_is = true;
     std::uint32_t degree = 0;  // at most 3
     float length = 0;          // as stored; not computed here

@@ -83,7 +83,7 @@ public:
     VEX2_ANIMATED_VERTEX *clone() const override { return new VEX2_ANIMATED_VERTEX(*this); }
 };
 
-struct VEX2_MORPH_DELTA {
+struct SCENE_API VEX2_MORPH_DELTA {
     static constexpr bool stored_as_is = true;
     VEX2_VECTOR offset;
     std::uint32_t target = 0;  // into the mesh's `targets`
@@ -113,7 +113,7 @@ public:
     VEX2_MORPH_VERTEX *clone() const override { return new VEX2_MORPH_VERTEX(*this); }
 };
 
-struct VEX2_INFLUENCE {
+struct SCENE_API VEX2_INFLUENCE {
     std::uint32_t matrix_index = 0;  // into hierarchy.nodes
     float weight = 0;
     VEX2_VECTOR local_position;  // the vertex in the node's space, from the start pose; computed after a load
