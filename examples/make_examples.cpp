@@ -1,0 +1,151 @@
+// make_examples FOLDER: makes a small asset tree in an empty or new folder, ready for `mox build`. Scenes and pictures
+// are made by code, the same bytes on every run.
+
+#include "examples/picture.h"
+#include "examples/scenes.h"
+#include "foundation/file.h"
+#include "foundation/finished_file.h"
+
+#include <iostream>
+
+namespace {
+
+struct TEXT_FILE {
+    char const *path;
+    char const *text;
+};
+
+struct SCENE_FILE {
+    char const *path;
+    bool (*write)(KN::String const &path);
+};
+
+struct PICTURE_FILE {
+    char const *path;
+    EXAMPLES::PICTURE (*make)();
+};
+
+constexpr TEXT_FILE text_files[] = {
+    {"mox.toml", R"(# The example tree. Raw art lies in raw_data, what is built from it comes to working_data.
+
+# Levels of detail for models that bring none: from how far, and with how much of their triangles in per cent.
+[LODDistances]
+LODDistance1 = 30
+LODDistance2 = 80
+
+[LODQualities]
+LODQuality1 = 50
+LODQuality2 = 20
+
+# Rows of the asset database are patched in place.
+[global.RigidDatabasePatching]
+Enabled = true
+)"},
+    {"raw_data/buildings/rules.toml", R"(# Display models, tech files and database rows of all scenes in this folder.
+[RigidModelV2]
+TargetPath = "models/buildings"
+TextureFolder = "textures/buildings"
+UpdateDatabase = true
+RigidCategory = "buildings"
+
+[Vx2Tech]
+Vx2TechSubFolder = ""
+
+[RigidNodeV2]
+files = "hut.vx2"
+CanBurn = true
+)"},
+    {"raw_data/castle/rules.toml", R"(# Models and rows; no tech files.
+[RigidModelV2]
+TargetPath = "models/castle"
+TextureFolder = "textures/castle"
+UpdateDatabase = true
+RigidCategory = "castle"
+)"},
+    {"raw_data/people/rules.toml", R"(# Animated models: their rows go to the tables for these.
+[RigidModelV2]
+TargetPath = "models/people"
+TextureFolder = "textures/people"
+AnimationType = "man"
+SingleLOD = true
+UpdateDatabase = true
+RigidCategory = "people"
+)"},
+    {"raw_data/props/rules.toml", R"([RigidModelV2]
+TargetPath = "models/props"
+TextureFolder = "textures/props"
+SingleLOD = true
+)"},
+    {"raw_data/terrain/rules.toml",
+     R"(# Each tile has a folder of its own, for the height map and the outlines that come with it.
+[RigidModelV2]
+TargetPath = "terrain"
+TextureFolder = "textures/terrain"
+)"},
+};
+
+constexpr SCENE_FILE scene_files[] = {
+    {"raw_data/buildings/hut.vx2", EXAMPLES::write_hut},
+    {"raw_data/buildings/yard.vx2", EXAMPLES::write_yard},
+    {"raw_data/castle/tower.vx2", EXAMPLES::write_tower},
+    {"raw_data/people/villager.vx2", EXAMPLES::write_villager},
+    {"raw_data/props/barrel.vx2", EXAMPLES::write_barrel},
+    {"raw_data/terrain/tiles/hills/hills.vx2", EXAMPLES::write_hills},
+};
+
+constexpr PICTURE_FILE picture_files[] = {
+    {"raw_data/buildings/plaster.tga", EXAMPLES::plaster_picture},
+    {"raw_data/buildings/thatch.tga", EXAMPLES::thatch_picture},
+    {"raw_data/buildings/timber.tga", EXAMPLES::timber_picture},
+    {"raw_data/buildings/stone.tga", EXAMPLES::stone_picture},
+    {"raw_data/buildings/stone_normal.tga", EXAMPLES::stone_normal_picture},
+    {"raw_data/castle/cloth.tga", EXAMPLES::cloth_picture},
+    {"raw_data/castle/timber.tga", EXAMPLES::timber_picture},
+    {"raw_data/castle/stone.tga", EXAMPLES::stone_picture},
+    {"raw_data/castle/stone_normal.tga", EXAMPLES::stone_normal_picture},
+    {"raw_data/people/cloth.tga", EXAMPLES::cloth_picture},
+    {"raw_data/props/timber.tga", EXAMPLES::timber_picture},
+    {"raw_data/terrain/tiles/hills/grass.tga", EXAMPLES::grass_picture},
+    {"raw_data/terrain/tiles/hills/rock.tga", EXAMPLES::rock_picture},
+};
+
+}  // namespace
+
+// `path` below `folder`, with the folders on the way made.
+static KN::String place(KN::String const &folder, char const *path)
+{
+    KN::String const whole = folder + "/" + path;
+    KN::make_directories(whole.substr(0, whole.rfind('/')));
+    return whole;
+}
+
+static bool make_tree(KN::String const &folder)
+{
+    bool made = true;
+    for (TEXT_FILE const &file : text_files) {
+        KN::String error;
+        if (!KN::write_finished_file(place(folder, file.path), file.text, error)) {
+            std::cerr << error << '\n';
+            made = false;
+        }
+    }
+    for (SCENE_FILE const &file : scene_files)
+        made = file.write(place(folder, file.path)) && made;
+    for (PICTURE_FILE const &file : picture_files)
+        made = save_picture(file.make(), place(folder, file.path)) && made;
+    return made;
+}
+
+int main(int argument_count, char **arguments)
+{
+    if (argument_count != 2 || arguments[1][0] == '-' || arguments[1][0] == 0) {
+        std::cerr << "usage: make_examples FOLDER\n";
+        return 2;
+    }
+    KN::String const folder = arguments[1];
+    if (KN::exists(folder + "/mox.toml")) {
+        std::cerr << folder << ": holds an asset tree already; name an empty or new folder\n";
+        return 1;
+    }
+    return make_tree(folder) ? 0 : 1;
+}
