@@ -1,0 +1,240 @@
+#include "Plugins/Vx2/vx2_processor.h"
+
+#include "Plugins/Vx2/action_animation.h"
+#include "Plugins/Vx2/action_clean_up_vex2.h"
+#include "Plugins/Vx2/action_model.h"
+#include "Plugins/Vx2/action_prepare_vex2.h"
+#include "Plugins/Vx2/action_process_tech.h"
+#include "Plugins/Vx2/host/action_error.h"
+#include "Plugins/Vx2/rigid_rule.h"
+#include "Plugins/Vx2/rule_reading.h"
+
+#include <optional>
+
+// One call of plan_actions.
+struct VX2_PROCESSOR::PLANNING {
+    FILE_TABLE const &files;
+    RULE_CACHE const &rules;
+    bool patching_enabled;
+    QVector<ACTION_INTERFACE *> result = {};
+
+    // Files that lie together mostly have the same rule data, and then share what was read out of them.
+    RULE_DATA const *last_rule = nullptr;
+    std::optional<RIGID_RULE> last_rigid_rule = {};
+
+    RIGID_RULE const &rigid_rule(RULE const &rule)
+    {
+        if (!last_rigid_rule || last_rule != rule.data()) {
+            last_rigid_rule.emplace(rule);
+            last_rule = rule.data();
+        }
+        return *last_rigid_rule;
+    }
+};
+
+// The file that the walk has come to.
+struct VX2_PROCESSOR::SCENE_FILE {
+    LOGICAL_PATH const &logical;
+    PHYSICAL_PATH const &physical;
+    QString working_root;  // that its products belong below
+
+    QString relative_folder(RULE const &rule, QString const &property) const
+    {
+        return PATHS::relative_target_path_from_rule_path(rule, property, logical, physical);
+    }
+};
+
+// What the steps of one rigid plan share.
+struct VX2_PROCESSOR::RIGID_PLAN {
+    RULE const &rule;  // of kind RigidModelV2
+    RIGID_RULE const &settings;
+    QString target_folder;  // below the working root, as the two others
+    QString texture_path;   // empty: none
+    LOGICAL_PATH texture_logical;
+};
+
+VX2_PROCESSOR::VX2_PROCESSOR() { setup_dc("MOX_Vx2", 4); }
+
+VX2_PROCESSOR::~VX2_PROCESSOR() = default;
+
+QString VX2_PROCESSOR::get_name() const { return QStringLiteral("Vx2"); }
+
+QStringList VX2_PROCESSOR::get_affected_directories() const { return {}; }
+
+QString VX2_PROCESSOR::processor_prefix() const { return QStringLiteral("mox_rigid_"); }
+
+static bool is_patching_enabled(RULE_CACHE const &rules)
+{
+    RULE const rule = rules.get_global(QStringLiteral("RigidDatabasePatching"));
+    QString const text = rule.value(QStringLiteral("Enabled")).toString().toLower();
+    return text != QLatin1String("false") && text != QLatin1String("0");
+}
+
+QVector<ACTION_INTERFACE *> VX2_PROCESSOR::plan_actions(FILE_TABLE const &files, RULE_CACHE const &rules)
+{
+    PLANNING planning{files, rules, is_patching_enabled(rules)};
+    for (auto entry = files.begin(); entry != files.end(); ++entry) {
+        if (!entry.key().endsWith(QLatin1String(".vx2")) || entry.value()->state == FILE_ENTRY::DELETED)
+            continue;
+        PHYSICAL_PATH const &physical = entry.value()->physical;
+        SCENE_FILE const file{entry.key(), physical, PATHS::target_working_data(physical)};
+        plan_rigid_model(planning, file);
+        plan_generic_mesh(planning, file);
+        plan_animation(planning, file);
+        plan_complex_animation(planning, file);
+    }
+    return planning.result;
+}
+
+// Gives `action` the folder of the rule's TargetPath. Where that is null, the action keeps its own target if the target
+// is optional, else gets an error.
+static void set_target_from_rule(ACTION_CONVERT &action, RULE const &rule, QString const &working_root,
+                                 LOGICAL_PATH const &logical, PHYSICAL_PATH const &physical, bool optional)
+{
+    QString const property = QStringLiteral("TargetPath");
+    if (!rule.value(property).isNull())
+        action.set_target_path(working_root + "/" +
+                               PATHS::relative_target_path_from_rule_path(rule, property, logical, physical));
+    else if (!optional)
+        action.set_error(QStringLiteral("No target path has been specified in the rule!"));
+}
+
+void VX2_PROCESSOR::plan_rigid_model(PLANNING &planning, SCENE_FILE const &file)
+{
+    RULE const rule = planning.rules.get(file.logical, QStringLiteral("RigidModelV2"));
+    if (!rule.exists)
+        return;
+    RIGID_RULE const &settings = planning.rigid_rule(rule);
+    if (!settings.has_target)
+        return;
+
+    RIGID_PLAN plan{rule, settings, file.relative_folder(rule, QStringLiteral("TargetPath")), {}, {}};
+    if (settings.has_textures) {
+        plan.texture_path = file.relative_folder(rule, QStringLiteral("TextureFolder")) + settings.texture_sub_folder;
+        plan.texture_logical = LOGICAL_PATH("<working>/" + plan.texture_path.toLower());
+    }
+
+    if (settings.has_reference_pose) {
+        auto *const pose =
+            new ACTION_ANIMATION(file.physical, this, settings.animation_type, QString(), QString(), 0.0f, true, true);
+        pose->set_target_path(file.working_root + "/" + plan.target_folder + settings.reference_pose_folder);
+        planning.result.append(pose);
+    }
+
+    int const group = allocate_action_group();  // one a file, also where nothing shares a scene
+    RULE const tech_rule = planning.rules.get(file.logical, QStringLiteral("Vx2Tech"));
+    ACTION_MODEL *const model = tech_rule.exists ? plan_model_and_tech(planning, file, plan, tech_rule, group)
+                                                 : new ACTION_MODEL(file.physical, plan.texture_logical,
+                                                                    settings.animation_type, settings.single_lod, this);
+    if (!settings.extension.isEmpty())
+        model->set_target_extension(settings.extension);
+
+    if (!settings.has_textures)
+        model->set_error(QStringLiteral("No texture folder has been specified for the process_model action!"));
+    else if (settings.update_database)
+        plan_database(planning, file, plan, *model);
+
+    if (settings.tree)
+        plan_unbuilt(planning, file, QStringLiteral("Tree billboards"));
+    set_target_from_rule(*model, rule, file.working_root, file.logical, file.physical, false);
+    planning.result.append(model);
+}
+
+// The four actions that work on one loaded scene: prepare it, convert the model and the tech meshes in either order,
+// destroy it. All but the model are appended.
+ACTION_MODEL *VX2_PROCESSOR::plan_model_and_tech(PLANNING &planning, SCENE_FILE const &file, RIGID_PLAN const &plan,
+                                                 RULE const &tech_rule, int group)
+{
+    auto *const prepare = new ACTION_PREPARE_VEX2(file.physical, this);
+    prepare->group = group;
+    planning.result.append(prepare);
+
+    auto *const model = new ACTION_MODEL(prepare->scene, file.physical, plan.texture_logical,
+                                         plan.settings.animation_type, plan.settings.single_lod, this);
+    model->group = group;
+    model->add_dependency(prepare, true);
+
+    auto *const cleanup = new ACTION_CLEAN_UP_VEX2(file.physical, prepare->scene, this);
+    cleanup->group = group;
+    planning.result.append(cleanup);
+    prepare->pull(cleanup);
+    cleanup->add_dependency(model, false);
+
+    // Appended as it stands: slashes at its ends stay.
+    QString tech_folder = tech_rule.value(QStringLiteral("Vx2TechSubFolder")).toString();
+    if (!tech_folder.isEmpty())
+        tech_folder.prepend('/');
+    tech_folder.prepend(plan.target_folder);
+    tech_folder.replace('\\', '/');
+
+    // A null radius is 0 here, while the model's description takes the default for it.
+    QVariant const radius = plan.rule.value(QStringLiteral("IncendiaryRadius"));
+    auto *const tech =
+        new ACTION_PROCESS_TECH(prepare->scene, file.physical, this,
+                                radius.isValid() ? radius.toFloat() : default_incendiary_radius, tech_folder);
+    tech->group = group;
+    tech->add_dependency(prepare, true);
+    cleanup->add_dependency(tech, false);
+    planning.result.append(tech);
+    return model;
+}
+
+void VX2_PROCESSOR::plan_database(PLANNING &planning, SCENE_FILE const &file, RIGID_PLAN const &plan,
+                                  ACTION_MODEL &model)
+{
+    if (plan.settings.category.isEmpty())
+        model.set_error(QStringLiteral("Missing rule property 'RigidCategory'!"));
+
+    QVector<ACTION_INTERFACE *> db_actions;
+    if (plan.settings.is_target_null) {
+        auto *const error = new ACTION_ERROR(QStringLiteral("Update database"),
+                                             QStringLiteral("TargetPath property missing from the rule."), this);
+        error->add_source_file(file.logical);
+        db_actions.append(error);
+    } else {
+        // Stem and extension stand already, though the model has not got its folder yet.
+        QString const file_name = model.get_target().section('/', -1);
+        add_database_actions(plan.target_folder + "/" + file_name, plan.texture_path,
+                             !plan.settings.animation_type.isEmpty(), plan.settings.category, planning.patching_enabled,
+                             db_actions, planning.files);
+    }
+
+    for (ACTION_INTERFACE *const waiting : qAsConst(waiting_actions)) {
+        planning.result.append(waiting);
+        model.pull(waiting);
+        waiting->add_dependency(&model, false);
+    }
+    waiting_actions.clear();
+    planning.result += db_actions;
+}
+
+void VX2_PROCESSOR::plan_generic_mesh(PLANNING &planning, SCENE_FILE const &file)
+{
+    RULE const rule = planning.rules.get(file.logical, QStringLiteral("GenericMesh"));
+    if (rule.exists && rule.value(QStringLiteral("TargetPath")).isValid())
+        plan_unbuilt(planning, file, QStringLiteral("Generic meshes"));
+}
+
+void VX2_PROCESSOR::plan_animation(PLANNING &planning, SCENE_FILE const &file)
+{
+    RULE const rule = planning.rules.get(file.logical, QStringLiteral("Animation"));
+    if (!rule.exists)
+        return;
+    bool const is_reference_pose = rule.value(QStringLiteral("ExportAsReferencePose")).toBool();
+    if (is_reference_pose || !rule.value(QStringLiteral("AnimationType")).toString().isEmpty())
+        plan_unbuilt(planning, file, QStringLiteral("Animations"));
+}
+
+void VX2_PROCESSOR::plan_complex_animation(PLANNING &planning, SCENE_FILE const &file)
+{
+    if (planning.rules.get(file.logical, QStringLiteral("ComplexAnimation")).exists)
+        plan_unbuilt(planning, file, QStringLiteral("Complex animations"));
+}
+
+// An error that stands for work which a rule asks for and nobody can do yet.
+void VX2_PROCESSOR::plan_unbuilt(PLANNING &planning, SCENE_FILE const &file, QString const &what)
+{
+    auto *const error = new ACTION_ERROR(what, what + " are not built yet.", this);
+    error->add_source_file(file.logical);
+    planning.result.append(error);
+}
