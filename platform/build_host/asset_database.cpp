@@ -397,7 +397,7 @@ QString ASSET_DATABASE::identity()
     if (settings.driver != QLatin1String("sqlite"))
         return QStringLiteral("%1 %2 %3 %4").arg(settings.driver, settings.host, settings.name).arg(settings.port);
     QString fault;
-    if (!is_memory(settings) && !QFile::exists(settings.name))
+    if (may_make && !is_memory(settings) && !QFile::exists(settings.name))
         on_thread([](QSqlDatabase &, QString &) { return true; }, fault);  // a fault comes with the first row
     QFile file(settings.name);
     QByteArray mark;

@@ -42,8 +42,10 @@ public:
 
     static bool check(DATABASE_SETTINGS const &settings, QString &fault);
 
-    // Another server, or a file that was deleted and made anew, has another identity. Makes the file if there is none.
+    // Another server, or a file that was deleted and made anew, has another identity. A missing file is made first if
+    // that is allowed, as it is for a build: what is to hold its rows has to have an identity from the start.
     QString identity() override;
+    void allow_making() { may_make = true; }
     // A row is known by its key column, one with a generated key by its `filename`.
     bool apply(UPDATE_DB_TABLE const &table, QString const &key, bool patch, QString &fault) override;
     bool remove(QString const &key, QString const &table, QString const &column, QString const &value, bool folded,
@@ -74,6 +76,7 @@ private:
 
     DATABASE_SETTINGS settings;
     QString state_folder;
+    bool may_make = false;
 
     // The database's thread and the one piece of work that it has to do.
     std::mutex callers;  // one at a time

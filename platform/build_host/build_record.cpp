@@ -258,7 +258,14 @@ RECORD_ROW const *BUILD_RECORD::find(std::uint64_t key) const
 
 void BUILD_RECORD::put(std::uint64_t key, RECORD_ROW const &row, RECORD_TEXTS const &texts)
 {
-    QUEUED_ROW queued{key, row_bytes(row), texts};
+    QUEUED_ROW queued{key, row_bytes(row), texts, true};
+    std::lock_guard const guard(queue_lock);
+    queued_rows.push_back(std::move(queued));
+}
+
+void BUILD_RECORD::put_state(std::uint64_t key, RECORD_ROW const &row)
+{
+    QUEUED_ROW queued{key, row_bytes(row), {}, false};
     std::lock_guard const guard(queue_lock);
     queued_rows.push_back(std::move(queued));
 }
@@ -266,13 +273,14 @@ void BUILD_RECORD::put(std::uint64_t key, RECORD_ROW const &row, RECORD_TEXTS co
 void BUILD_RECORD::put_text(std::uint64_t id, QString const &text, TEXT_KIND kind)
 {
     std::lock_guard const guard(queue_lock);
-    queued_texts.push_back({id, text, kind});
+    if (texts_put.insert(id).second)
+        queued_texts.push_back({id, text, kind});
 }
 
 void BUILD_RECORD::remove(std::uint64_t key)
 {
     std::lock_guard const guard(queue_lock);
-    queued_rows.push_back({key, {}, {}});
+    queued_rows.push_back({key, {}, {}, true});
 }
 
 bool BUILD_RECORD::flush(QString &fault)
@@ -310,7 +318,8 @@ bool BUILD_RECORD::flush(QString &fault)
                     second.bind(2 + i, texts[i]);
             }
             result = result != SQLITE_OK ? result : first.run();
-            result = result != SQLITE_OK ? result : second.run();
+            if (row.has_texts)
+                result = result != SQLITE_OK ? result : second.run();
         }
         for (QUEUED_TEXT const &queued : new_texts) {
             QByteArray const bytes = queued.text.toUtf8();

@@ -19,6 +19,7 @@
 #include <span>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 struct sqlite3;
@@ -110,6 +111,8 @@ public:
 
     // Queues a row, replacing that of the same key. From any thread.
     void put(std::uint64_t key, RECORD_ROW const &row, RECORD_TEXTS const &texts);
+    // The same without a change of the texts.
+    void put_state(std::uint64_t key, RECORD_ROW const &row);
     // Queues the text behind an id that a queued row uses. From any thread.
     void put_text(std::uint64_t id, QString const &text, TEXT_KIND kind);
     void remove(std::uint64_t key);
@@ -128,6 +131,7 @@ private:
         std::uint64_t key;
         std::string bytes;  // empty: remove
         RECORD_TEXTS texts;
+        bool has_texts;
     };
     struct QUEUED_TEXT {
         std::uint64_t id;
@@ -151,5 +155,6 @@ private:
     std::mutex queue_lock;
     std::vector<QUEUED_ROW> queued_rows;
     std::vector<QUEUED_TEXT> queued_texts;
-    std::mutex file_lock;  // one flush at a time
+    std::unordered_set<std::uint64_t> texts_put;  // of this process; most paths come again and again
+    std::mutex file_lock;                         // one flush at a time
 };

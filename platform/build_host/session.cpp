@@ -1,0 +1,212 @@
+#include "platform/build_host/session.h"
+
+#include "foundation/finished_file.h"
+#include "platform/build_host/disk_name.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+
+#include <algorithm>
+#include <filesystem>
+
+SESSION::SESSION() = default;
+
+SESSION::~SESSION()
+{
+    up_to_date.reset();
+    actions.reset();
+    set_asset_store(nullptr);
+}
+
+bool SESSION::open(QString const &folder, QStringList const &plug_ins)
+{
+    QString const where = folder.isEmpty() ? find_project(QDir::currentPath()) : folder;
+    if (where.isEmpty()) {
+        fault_lines +=
+            QStringLiteral("%1: neither here nor above is a mox.toml; 'mox init' makes one, -C names a folder")
+                .arg(QDir::currentPath());
+        return false;
+    }
+    if (!read_project(where, current, fault_lines))
+        return false;
+    set_current_roots(current.roots);
+    for (QString const &name : plug_ins) {
+        QString fault;
+        if (QFileInfo(name).isDir())
+            modules.load_folder(name, fault_lines);
+        else if (!modules.load(name, fault))
+            fault_lines += fault;
+    }
+    rows_of_assets = std::make_unique<ASSET_DATABASE>(current.database, current.state_folder);
+    depot = std::make_unique<DEPOT>(current.depot, current.folder, current.state_folder);
+    set_asset_store(rows_of_assets.get());
+    return fault_lines.isEmpty();
+}
+
+bool SESSION::list_files()
+{
+    tree.scan(current.roots, fault_lines);
+
+    rule_files = std::make_unique<RULE_STORE>();
+    auto const add = [&](QString const &file, LOGICAL_PATH const &folder, bool is_project) {
+        constexpr qint64 largest = 1 << 20;  // bytes
+        QString const shown = QDir(current.folder).relativeFilePath(file);
+        QFile text(file);
+        if (!text.open(QIODevice::ReadOnly))
+            fault_lines += QStringLiteral("%1: cannot be read: %2").arg(shown, text.errorString());
+        else if (text.size() > largest)
+            fault_lines += QStringLiteral("%1: a rule file holds at most 1 MiB; is it one?").arg(shown);
+        else
+            rule_files->add(text.readAll(), shown, folder, is_project, fault_lines);
+    };
+    add(current.folder + QStringLiteral("/mox.toml"), LOGICAL_PATH(QStringLiteral("<raw>")), true);
+    for (RULE_FILE const &file : tree.rule_files)
+        add(file.physical, file.folder, false);
+    return fault_lines.isEmpty();
+}
+
+bool SESSION::take_lock()
+{
+    QString fault;
+    if (!QDir().mkpath(current.state_folder))
+        fault = QStringLiteral("%1: cannot be made; is the working tree writable?").arg(current.state_folder);
+    else
+        lock.take(current.state_folder, fault);
+    if (!fault.isEmpty())
+        fault_lines += fault;
+    rows_of_assets->allow_making();
+    return fault.isEmpty();
+}
+
+bool SESSION::open_record()
+{
+    QString note;
+    bool const good = rows.open(current.state_folder + QStringLiteral("/record.sqlite"), note);
+    if (!note.isEmpty())
+        (good ? warning_lines : fault_lines) += note;
+    return good;
+}
+
+void SESSION::make_plan()
+{
+    actions = std::make_unique<PLAN>();
+    ::make_plan(modules.processors(), tree, *rule_files, *actions);
+    warning_lines += actions->warnings;
+}
+
+void SESSION::make_state()
+{
+    up_to_date = std::make_unique<BUILD_STATE>(rows, *actions, tree, *rule_files, *depot, *rows_of_assets,
+                                               current.state_folder + QStringLiteral("/aside"));
+}
+
+bool SESSION::clean(bool only_gone, QStringList &removed)
+{
+    QStringList const gone = only_gone ? up_to_date->products_of_nobody() : QStringList();
+    std::size_t const faults_before = std::size_t(fault_lines.size());
+    rows.for_each([&](std::uint64_t key, RECORD_ROW const &row) {
+        if (only_gone && up_to_date->is_planned(key))
+            return;
+        // What a killed action may have written: it was not there when the action was chosen to run.
+        std::uint64_t const wanted =
+            RECORDED_TARGET::WRITTEN |
+            ((row.flags & RECORD_ROW::OWED) != 0 ? std::uint64_t(RECORDED_TARGET::AWAITED) : 0);
+        for (RECORDED_TARGET const &target : row.targets) {
+            if ((target.flags & wanted) == 0)
+                continue;
+            QString const path = rows.text(target.path);
+            FILE_ENTRY const *const entry = tree.table.peek(LOGICAL_PATH(path));
+            if (entry == nullptr || entry->size < 0 || (only_gone && !gone.contains(path)))
+                continue;
+            std::error_code fault;
+            if (std::filesystem::remove(std::string(disk_name(entry->physical)), fault))
+                removed += entry->physical;
+            else if (fault)
+                fault_lines += QStringLiteral("%1: cannot be removed: %2")
+                                   .arg(entry->physical, QString::fromLocal8Bit(fault.message().c_str()));
+        }
+        rows.remove(key);
+    });
+    QString fault;
+    if (std::size_t(fault_lines.size()) == faults_before && !rows.flush(fault))
+        fault_lines += fault;
+    removed.sort();
+    return std::size_t(fault_lines.size()) == faults_before;
+}
+
+LOGICAL_PATH SESSION::logical_path(QString const &told) const
+{
+    if (told.startsWith(QLatin1Char('<')))
+        return LOGICAL_PATH(told);
+    return PATHS::logical_path(PHYSICAL_PATH(QDir::cleanPath(QDir::current().absoluteFilePath(told))));
+}
+
+namespace {
+
+constexpr char project_text[] =
+    R"(# A tree of assets: what 'mox build' reads and where its products go. Every setting may be left out; what stands
+# behind a # is what then holds.
+
+[paths]
+# raw = "raw_data"                 # scenes, pictures and rules, as the artists leave them
+# working = "working_data"         # finished products, as the game loads them
+# old_raw = "old_raw_data"         # a second pair of trees, for data that is no longer worked on
+# old_working = "old_working_data"
+
+[database]
+# driver = "sqlite"                # or "postgresql", with host, port, user and password_variable (the name of an
+#                                  # environment variable)
+# name = "working_data/assets.sqlite"
+# export_folder = "database"       # below the working tree: tables as text, for version control
+
+[depot]
+# kind = "none"                    # "git" stages the products, "p4" opens them; "command" calls the program told:
+# program = "client"
+# add = ["add"]                    # its arguments in front of the files that came, changed and went
+# edit = ["edit"]
+# remove = ["delete"]
+
+# Rules for the whole tree, by their kind.
+[global.RigidDatabasePatching]
+Enabled = true                     # database rows of a model are changed in place
+)";
+
+constexpr char rules_text[] =
+    R"(# What is to become of the files in this folder and below it. A rules.toml in a folder further down adds to it and goes
+# first, property by property. 'mox schema' lists the kinds and their properties, 'mox explain FILE' what holds for a
+# file. Three lines make a finished model of every scene:
+#
+# [RigidModelV2]
+# TargetPath = "rigidmodels"       # below the working tree, followed by the scene's folder below this one
+# TextureFolder = "rigidmodels/tex"
+)";
+
+bool write_new(QString const &file, char const *text, QString &fault)
+{
+    if (QFile::exists(file)) {
+        fault = QStringLiteral("%1: is there already and stays as it is").arg(file);
+        return false;
+    }
+    KN::String error;
+    if (KN::write_finished_file(disk_name(file), text, error))
+        return true;
+    fault = QString::fromStdString(error);
+    return false;
+}
+
+}  // namespace
+
+bool init_project(QString const &folder, QString &fault)
+{
+    QString const where = QDir::cleanPath(QDir::current().absoluteFilePath(folder));
+    TREE_ROOTS const roots = usual_roots(where);
+    for (QString const &root : {roots.raw, roots.working})
+        if (!QDir().mkpath(root)) {
+            fault = QStringLiteral("%1: cannot be made; is the folder writable?").arg(root);
+            return false;
+        }
+    QString const rules = roots.raw + QStringLiteral("/rules.toml");
+    return write_new(where + QStringLiteral("/mox.toml"), project_text, fault) &&
+           (QFile::exists(rules) || write_new(rules, rules_text, fault));
+}
