@@ -47,11 +47,14 @@ void VEX2_READ_BUFFER::read_file()
 
 bool VEX2_READ_BUFFER::fail(KN::String const &what)
 {
-    if (cause.empty()) {
+    if (cause.empty())
         cause = what;
-        fault_offset = offset();
-    }
     return false;
+}
+
+bool VEX2_READ_BUFFER::fail_here(KN::String const &what)
+{
+    return fail(KN::String(what + " (byte " + std::to_string(offset()) + ")"));
 }
 
 void VEX2_READ_BUFFER::add_place(KN::String const &where)
@@ -63,20 +66,20 @@ void VEX2_READ_BUFFER::add_place(KN::String const &where)
     place = KN::String(where + (dot ? "." : "") + place);
 }
 
+void VEX2_READ_BUFFER::add_chunk(KN::String const &where) { chunk = where; }
+
 KN::String VEX2_READ_BUFFER::fault_text() const
 {
-    KN::String text = place;
-    if (!text.empty())
-        text += ": ";
-    text += cause;
-    if (fault_offset != 0)
-        text += " (byte " + std::to_string(fault_offset) + ")";
-    return text;
+    KN::String text;
+    for (KN::String const *part : {&chunk, &place})
+        if (!part->empty())
+            text += *part + ": ";
+    return KN::String(text + cause);
 }
 
 bool VEX2_READ_BUFFER::fail_short(std::uint64_t wanted)
 {
-    return fail(std::to_string(wanted) + " bytes are needed, " + std::to_string(left()) + " are left");
+    return fail_here(std::to_string(wanted) + " bytes are needed, " + std::to_string(left()) + " are left");
 }
 
 bool VEX2_READ_BUFFER::fail_charge()

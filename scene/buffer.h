@@ -16,6 +16,7 @@ struct VEX2_LOAD_SESSION {
     std::uint64_t used = 0;         // memory that the loads have charged
     unsigned references = 0;        // met so far, their files present or not
     unsigned referenced_loads = 0;
+    KN::String first_fault;  // of the file that failed first: the innermost
 };
 
 class SCENE_API VEX2_READ_BUFFER : public KN::MemBuffer {
@@ -38,14 +39,17 @@ public:
     std::size_t offset() const { return std::size_t(cursor - start); }
     VEX2_LOAD_SESSION &session() { return *load; }
 
-    // Takes note of the first fault and of the byte it was met at; always false, so that readers can return it.
+    // Takes note of the first fault; always false, so that readers can return it. fail_here adds the byte.
     bool fail(KN::String const &what);
-    // A reader on the way out of a fault adds where it stood, the innermost first: a field's name, or "[n]".
+    bool fail_here(KN::String const &what);
+    // A reader on the way out of a fault adds where it stood, the innermost first: a field's name, or "[n]". The chunk
+    // comes last.
     void add_place(KN::String const &where);
-    // The fault as a text: place, what, byte.
+    void add_chunk(KN::String const &where);
+    // The fault with the places in front.
     KN::String fault_text() const;
 
-    // fail() for `wanted` bytes that are not there.
+    // fail_here() for `wanted` bytes that are not there.
     bool fail_short(std::uint64_t wanted);
     // Counts memory that the load is about to use beyond the bytes it copies; false, with a fault, if that is more than
     // the input allows.
@@ -68,7 +72,7 @@ private:
     VEX2_LOAD_SESSION *load = &own_load;
     KN::String cause;
     KN::String place;
-    std::size_t fault_offset = 0;
+    KN::String chunk;
 };
 
 }  // namespace VEX2_LOADER

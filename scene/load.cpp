@@ -72,8 +72,8 @@ private:
         }
         if (read_record_of(type))
             return true;
-        buffer.add_place("chunk " + std::to_string(type) + " (" + chunk_names[type] + ") at byte " +
-                         std::to_string(chunk_start) + ":");
+        buffer.add_chunk("chunk " + std::to_string(type) + " (" + chunk_names[type] + ") at byte " +
+                         std::to_string(chunk_start));
         return false;
     }
 
@@ -164,7 +164,7 @@ private:
             return false;
         VEX2_LIST<VEX2_ATTACHMENT> *const list = scene.attachment_list(id);
         if (!list)
-            return buffer.fail("there is no attachment list " + std::to_string(id));
+            return buffer.fail_here("there is no attachment list " + std::to_string(id));
         VEX2_ATTACHMENT *const record = make_record<VEX2_ATTACHMENT>(buffer, subtype);
         return record && list->append(record)->read(buffer, version);
     }
@@ -297,6 +297,8 @@ bool VEX2::load(VEX2_READ_BUFFER &buffer, bool apply_start_pose)
     clear();
     if (!load_into(*this, buffer)) {
         buffer.fault = KN::String(KN::printable(KN::disk_path(buffer.path)) + ": " + buffer.fault_text());
+        if (buffer.session().first_fault.empty())
+            buffer.session().first_fault = buffer.fault;
         if (!buffer.outer)
             KN::message(KN::MESSAGE_ERROR, buffer.fault);
         return false;

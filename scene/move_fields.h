@@ -56,7 +56,7 @@ void move_item(STEP const &step, KN::DynamicArray<VEX2_OWNED<T>> &items)
         move_item(step, item);
 }
 template <class STEP, class T>
-void move_item(STEP const &step, KN::DynamicArray<T *> &items)
+void move_item(STEP const &step, VEX2_LIST<T> &items)
 {
     for (T *item : items)
         if (item)

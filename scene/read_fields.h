@@ -68,8 +68,8 @@ bool read_array(READ_STATE &state, KN::DynamicArray<T> &array)
     if (count == 0)
         return true;
     if (!buffer.take(count, least_size<T>(state.version)))
-        return buffer.fail("a count of " + std::to_string(count) + " with " + std::to_string(buffer.left()) +
-                           " bytes left");
+        return buffer.fail_here("a count of " + std::to_string(count) + " with " + std::to_string(buffer.left()) +
+                                " bytes left");
     if constexpr (stored_as_is<T>) {
         return read_elements_as_is(state, array, count);
     } else {
@@ -104,7 +104,7 @@ BASE *make_record(VEX2_READ_BUFFER &buffer, std::uint32_t subtype)
     std::size_t room = 0;
     BASE *const made = make_of_subtype<BASE>(subtype, room);
     if (!made)
-        buffer.fail("subtype " + std::to_string(subtype) + " is not one that stands here");
+        buffer.fail_here("subtype " + std::to_string(subtype) + " is not one that stands here");
     else if (!buffer.charge(room + block_head))
         return delete made, nullptr;
     return made;
@@ -127,7 +127,7 @@ bool read_optional(READ_STATE &state, VEX2_OWNED<T> &item)
         return false;
     if constexpr (std::is_same_v<T, VEX2_MAP>) {
         if (state.buffer.map_depth == VEX2_MAP::deepest_nesting)
-            return state.buffer.fail("maps nest deeper than " + std::to_string(VEX2_MAP::deepest_nesting));
+            return state.buffer.fail_here("maps nest deeper than " + std::to_string(VEX2_MAP::deepest_nesting));
         ++state.buffer.map_depth;
         bool const good = item->read(state.buffer, state.version);
         --state.buffer.map_depth;

@@ -77,7 +77,7 @@ bool VEX2_HEADER::read(VEX2_READ_BUFFER &buffer, float working_version)
         return false;
     if (newest_version >= version)
         return true;
-    return buffer.fail("version " + std::to_string(version) + " is not one up to 1.16");
+    return buffer.fail_here("version " + std::to_string(version) + " is not one up to 1.16");
 }
 
 bool VEX2_HEADER::write(VEX2_CHUNK_WRITER &writer) const

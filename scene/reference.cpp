@@ -91,7 +91,7 @@ bool VEX2_SCENE_REFERENCE::read(VEX2_READ_BUFFER &buffer, float)
     if (!may_follow(buffer, file))
         return false;
     VEX2_READ_BUFFER inner(file, buffer);
-    return scene->load(inner, true) || buffer.fail("a referenced file does not load: " + inner.fault);
+    return scene->load(inner, true) || buffer.fail("a referenced file does not load: " + inner.session().first_fault);
 }
 
 bool VEX2_SCENE_REFERENCE::write(VEX2_CHUNK_WRITER &writer) const
