@@ -22,10 +22,13 @@ public:
     // one counts. A root that does not exist is empty; a folder that cannot be read gives a line in `faults`.
     void scan(TREE_ROOTS const &roots, QStringList &faults);
 
-    // Replaces everything by these files, for trees that exist nowhere. Takes their entries.
-    void assign(std::vector<FILE_TABLE::ITEM> entries) { table.assign(std::move(entries)); }
+    // Replaces everything by these files, for trees that exist nowhere. Takes their entries; paths occur once.
+    void assign(std::vector<FILE_TABLE::ITEM> entries);
 
     // Its entries are deleted with the tree, also those that actions inserted.
     FILE_TABLE table;
     std::vector<RULE_FILE> rule_files;  // root first, then in order of their folders
+
+private:
+    void clear();
 };

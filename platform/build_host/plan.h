@@ -13,21 +13,21 @@
 
 struct PLAN_EDGE {
     int other;
-    bool flag;        // dependencies: the later action needs what the earlier one holds in memory
-    bool by_host;     // else by the plug-in
-    bool is_product;  // dependencies: the later action reads a file that the earlier one writes
+    bool flag;        // the later action needs what the earlier one holds in memory
+    bool by_host;     // drawn by the host, not by a processor
+    bool is_product;  // the later action declares to read a file that the earlier one writes
 };
 
 // The edges of all actions in one array, those of an action side by side.
-class EDGE_LISTS {
-public:
+struct EDGE_LISTS {
+    std::vector<PLAN_EDGE> edges;
+    std::vector<std::uint32_t> starts{0};  // one more than there are actions
+
     std::span<PLAN_EDGE const> of(int action) const
     {
         return {edges.data() + starts[std::size_t(action)], edges.data() + starts[std::size_t(action) + 1]};
     }
-
-    std::vector<PLAN_EDGE> edges;
-    std::vector<std::uint32_t> starts{0};  // one more than actions
+    void end_list() { starts.push_back(std::uint32_t(edges.size())); }  // what follows belongs to the next action
 };
 
 class BUILD_HOST_API PLAN {
@@ -38,7 +38,8 @@ public:
     PLAN &operator=(PLAN const &) = delete;
 
     std::vector<PLANNED_ACTION> actions;  // in the order in which the processors gave them
-    EDGE_LISTS dependencies;              // of the later action on earlier ones
+    EDGE_LISTS dependencies;              // of an action on those that come before it
+    EDGE_LISTS dependants;                // the same edges from the other end
     EDGE_LISTS pulls;
     QStringList warnings;  // such as two producers of one file
 };

@@ -15,6 +15,7 @@ struct PLANNED_ACTION {
     QString class_name;  // "ACTION_MODEL"
     QVector<LOGICAL_PATH> sources;
     QVector<TARGET_FILE> targets;
+    qint64 time = 0;  // as the action declared it
     // Changes when something other than file contents calls for a new run: the converter's version, the rule values
     // that planning read for the sources, the declared files, the error, the database rows and other actions that this
     // one pulls.

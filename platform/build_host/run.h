@@ -23,9 +23,11 @@ struct RUN_RESULT {
     int failed = 0;    // ran and failed, or carried an error
     int left_out = 0;  // did not run, because of a failure or an interruption
     bool interrupted = false;
-    std::vector<ACTION_INTERFACE::STATUS> statuses;  // by index in the plan; IDLE: not chosen
+    bool books_kept = true;  // false: the state could not be recorded, and has said so
+    // By index in the plan. IDLE: not chosen. FAILED: also what did not run because a dependency has failed.
+    std::vector<ACTION_INTERFACE::STATUS> statuses;
 
-    bool good() const { return failed == 0 && left_out == 0 && !interrupted; }
+    bool good() const { return failed == 0 && left_out == 0 && !interrupted && books_kept; }
 };
 
 // `reasons` as choose_actions gives them. `display` may be null.

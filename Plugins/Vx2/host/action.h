@@ -73,7 +73,7 @@ public:
     void add_host_dependency(ACTION_INTERFACE *other, bool flag);
     void host_pull(ACTION_INTERFACE *other);
 
-    // A fault found while planning: the action will fail with this text instead of running. Texts add up.
+    // A error_text found while planning: the action will fail with this text instead of running. Texts add up.
     void set_error(QString const &text);
 
     // For the thread that runs the action. Lines are kept with the action and shown when it has ended.
@@ -96,11 +96,11 @@ public:
     static QTSHARED::ASSET_GRAPH *s_asset_graph;
 
     // What was told to the action, for the host and for tests.
-    PROCESSOR_INTERFACE *processor() const { return owner; }
+    PROCESSOR_INTERFACE *processor() const { return planned_for; }
     QVector<ACTION_LINK> const &dependencies() const { return depends_on; }
     QVector<ACTION_LINK> const &pulls() const { return pulled; }
-    QString const &error() const { return fault; }  // empty: none
-    QVector<ACTION_LINE> const &lines() const { return output; }
+    QString const &error() const { return error_text; }  // empty: none
+    QVector<ACTION_LINE> const &lines() const { return output_lines; }
     int progress_max() const { return progress_end; }
     int progress() const;     // any thread
     bool is_aborted() const;  // any thread
@@ -108,16 +108,16 @@ public:
     int plan_index = -1;  // the host's: place in its plan
 
 protected:
-    explicit ACTION_INTERFACE(PROCESSOR_INTERFACE *planned_by) : owner(planned_by) {}
+    explicit ACTION_INTERFACE(PROCESSOR_INTERFACE *planned_by) : planned_for(planned_by) {}
     ACTION_INTERFACE(ACTION_INTERFACE const &) = default;
     ACTION_INTERFACE &operator=(ACTION_INTERFACE const &) = default;
 
 private:
-    PROCESSOR_INTERFACE *owner;
+    PROCESSOR_INTERFACE *planned_for;
     QVector<ACTION_LINK> depends_on;
     QVector<ACTION_LINK> pulled;
-    QString fault;
-    QVector<ACTION_LINE> output;
+    QString error_text;
+    QVector<ACTION_LINE> output_lines;
     int progress_end = 1;
     // Shared between threads; atomic in use, plain here because actions are copied while they are planned.
     alignas(4) mutable int progress_now = 0;

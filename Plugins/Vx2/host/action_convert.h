@@ -25,20 +25,20 @@ public:
     virtual bool convert(PHYSICAL_PATH const &from, PHYSICAL_PATH const &to, RULE_CACHE const &rules,
                          FILE_TABLE const &files);
 
-    void set_target_path(QString const &folder) { path = folder; }
-    void set_target_extension(QString const &with_dot) { extension = with_dot; }
+    void set_target_path(QString const &folder) { target_folder = folder; }
+    void set_target_extension(QString const &with_dot) { target_suffix = with_dot; }
     void set_target_temporary(bool temporary) { is_temporary = temporary; }
     PHYSICAL_PATH get_target() const;
 
     PHYSICAL_PATH const &source() const { return source_path; }
-    QString const &target_path() const { return path; }
-    QString const &target_stem() const { return stem; }
-    QString const &target_extension() const { return extension; }
+    QString const &target_path() const { return target_folder; }
+    QString const &target_stem() const { return target_name; }
+    QString const &target_extension() const { return target_suffix; }
 
 private:
     PHYSICAL_PATH source_path;
-    QString path;
-    QString stem;
-    QString extension;
+    QString target_folder;
+    QString target_name;
+    QString target_suffix;
     bool is_temporary = false;
 };

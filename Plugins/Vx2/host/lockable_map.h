@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <map>
 #include <mutex>
 #include <utility>
@@ -113,18 +114,21 @@ public:
     }
 
     // Makes what was inserted part of the walked entries. Iterators end their life here.
-    void settle()
+    void settle() { settle(std::vector<ITEM>(late.begin(), late.end())); }
+
+    // The same for entries that come in ascending order, none of which is there yet, in place of what was inserted.
+    void settle(std::vector<ITEM> more)
     {
-        if (late.empty())
-            return;
-        std::vector<ITEM> merged;
-        merged.reserve(items.size() + late.size());
-        std::merge(std::make_move_iterator(items.begin()), std::make_move_iterator(items.end()), late.begin(),
-                   late.end(), std::back_inserter(merged),
-                   [](auto const &a, auto const &b) { return a.first < b.first; });
-        items.swap(merged);
         late.clear();
         has_late = false;
+        if (more.empty())
+            return;
+        std::vector<ITEM> merged;
+        merged.reserve(items.size() + more.size());
+        std::merge(std::make_move_iterator(items.begin()), std::make_move_iterator(items.end()),
+                   std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()),
+                   std::back_inserter(merged), [](ITEM const &a, ITEM const &b) { return a.first < b.first; });
+        items.swap(merged);
         index_items();
     }
 
@@ -154,7 +158,7 @@ private:
         std::uint64_t const wanted = hash(key);
         std::size_t const mask = slots_of_items.size() - 1;
         for (std::size_t slot = wanted & mask;; slot = (slot + 1) & mask) {
-            SLOT const &candidate = slots_of_items[slot];
+            PLACE const &candidate = slots_of_items[slot];
             if (candidate.item == 0)
                 return nullptr;
             if (candidate.mark == std::uint32_t(wanted >> 32) && items[candidate.item - 1].first == key)
@@ -167,7 +171,7 @@ private:
         std::size_t capacity = 16;
         while (capacity < items.size() * 2)
             capacity *= 2;
-        slots_of_items.assign(capacity, SLOT());
+        slots_of_items.assign(capacity, PLACE());
         for (std::size_t i = 0; i < items.size(); ++i) {
             std::uint64_t const mixed = hash(items[i].first);
             std::size_t slot = mixed & (capacity - 1);
@@ -177,13 +181,13 @@ private:
         }
     }
 
-    struct SLOT {
+    struct PLACE {
         std::uint32_t mark = 0;
         std::uint32_t item = 0;  // index into items plus 1; 0: free
     };
 
     std::vector<ITEM> items;  // ascending
-    std::vector<SLOT> slots_of_items;
+    std::vector<PLACE> slots_of_items;
     // The table is handed to actions as const; entering a file that appeared is not what that const forbids.
     mutable std::recursive_mutex mutex;
     mutable std::map<K, V> late;

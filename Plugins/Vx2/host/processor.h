@@ -36,15 +36,15 @@ public:
     static int allocate_action_group();
 
     // Name and version of the converter behind this processor's actions; products of another version are out of date.
-    QString const &converter_name() const { return name; }
-    int converter_version() const { return version; }
+    QString const &converter_name() const { return converter_text; }
+    int converter_version() const { return converter_number; }
 
 protected:
     void setup_dc(char const *converter, int converter_version);
 
 private:
-    QString name;
-    int version = 0;
+    QString converter_text;
+    int converter_number = 0;
 };
 
 // A processor whose actions also keep rows of the asset database.
