@@ -25,6 +25,8 @@ public:
     public:
         PLACE(REPORT &owner, KN::String const &step) : report(owner), length(owner.where.size())
         {
+            if (length != 0 && step[0] != '[')
+                report.where += '.';
             report.where += step;
         }
         ~PLACE() { report.where.resize(length); }
@@ -107,7 +109,7 @@ public:
     void operator()(char const *name, M C::*member, float = 0)
     {
         if constexpr (!stored_as_is<M>) {
-            REPORT::PLACE const place(report, KN::String(std::string(".") + name));
+            REPORT::PLACE const place(report, name);
             check_channels(report, self.*member);
         }
     }
@@ -223,7 +225,7 @@ void check_meshes(REPORT &report, char const *name, VEX2_LIST<MESH> const &list,
         MESH const &mesh = *list[number];
         REPORT::PLACE const place(report, KN::String(name + in_brackets(number)));
         for (std::uint32_t s = 0; s < mesh.sections.count; ++s) {
-            REPORT::PLACE const section_place(report, KN::String(".sections" + in_brackets(s)));
+            REPORT::PLACE const section_place(report, KN::String("sections" + in_brackets(s)));
             VEX2_POLYGON_SET const &section = mesh.sections[s];
             if (section.material_index >= 0 && std::uint32_t(section.material_index) >= scene.materials.count)
                 report.warning("the material is number " + std::to_string(section.material_index) + ", there are " +
@@ -233,7 +235,7 @@ void check_meshes(REPORT &report, char const *name, VEX2_LIST<MESH> const &list,
                     check_index(report, "a triangle's vertex", corner, mesh.vertices.count);
         }
         for (std::uint32_t i = 0; i < mesh.vertices.count; ++i) {
-            REPORT::PLACE const vertex_place(report, KN::String(".vertices" + in_brackets(i)));
+            REPORT::PLACE const vertex_place(report, KN::String("vertices" + in_brackets(i)));
             check_vertex(report, mesh.vertices[i], mesh, scene);
             if (mesh.vertices[i].uvw_count() != mesh.vertices[0].uvw_count() ||
                 mesh.vertices[i].frame_count() != mesh.vertices[0].frame_count())
@@ -279,7 +281,7 @@ void check_references(REPORT &report, char const *name, VEX2_LIST<VEX2_SCENE_REF
 {
     for (std::uint32_t i = 0; i < list.count; ++i)
         if (list[i] && list[i]->scene) {
-            REPORT::PLACE const place(report, KN::String(name + in_brackets(i) + "."));
+            REPORT::PLACE const place(report, KN::String(name + in_brackets(i)));
             check_all(report, *list[i]->scene);
         }
 }

@@ -256,7 +256,11 @@ private:
             for (VEX2_INFLUENCE const &influence : vertex.influences)
                 if (influence.matrix_index >= count)
                     return fail(chunk, "mesh", number, mesh.name, "an influence's node", influence.matrix_index, count);
-        return buffer.charge(mesh.local_frame_bytes());
+        if (!buffer.charge(mesh.local_frame_bytes())) {
+            buffer.add_place(object_name(chunk, "mesh", number, mesh.name));
+            return false;
+        }
+        return true;
     }
     bool vertices(char const *chunk, std::uint32_t number, VEX2_MORPH_MESH const &mesh)
     {
@@ -268,12 +272,19 @@ private:
     }
     bool vertices(char const *, std::uint32_t, VEX2_MESH const &) { return true; }
 
+    static KN::String object_name(char const *chunk, char const *object, std::uint32_t number,
+                                  KN::UniString const &name)
+    {
+        return KN::String(KN::String(chunk) + ": " + object + " " + std::to_string(number) + " \"" +
+                          KN::printable(KN::to_utf8(name)) + "\"");
+    }
+
     bool fail(char const *chunk, char const *object, std::uint32_t number, KN::UniString const &name, char const *what,
               std::uint32_t index, std::uint32_t count)
     {
-        return buffer.fail(KN::String(chunk) + ": " + object + " " + std::to_string(number) + " \"" +
-                           KN::printable(KN::to_utf8(name)) + "\": " + what + " is number " + std::to_string(index) +
-                           ", there are " + std::to_string(count));
+        buffer.add_place(object_name(chunk, object, number, name));
+        return buffer.fail(KN::String(what) + " is number " + std::to_string(index) + ", there are " +
+                           std::to_string(count));
     }
 
     VEX2 const &scene;
