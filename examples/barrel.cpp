@@ -142,7 +142,7 @@ static void add_mesh(OLD_BYTES &out, std::initializer_list<SHAPE const *> shapes
     out.end_chunk();
 }
 
-// Half a metre wide in the middle, 0.9 m high; hoops a little proud of the staves.
+// 0.68 m wide in the middle, 0.9 m high; hoops a little proud of the staves.
 static float stave_radius(float height)
 {
     float const from_middle = (height - 0.45f) / 0.45f;
@@ -151,24 +151,32 @@ static float stave_radius(float height)
 
 bool write_barrel(KN::String const &path)
 {
+    constexpr unsigned sides = 24;
+    constexpr float inside = 0.24f, lid = 0.86f;
+    constexpr TEXTURE_FIT timber = {0.55f};
     SHAPE staves, hoops;
-    std::vector<RING> rings = {{{0, 0.04f, 0}, 0, 0}, {{0, 0.04f, 0}, 0.24f, 0.24f}, {{0, 0, 0}, 0.24f, 0.24f}};
+    std::vector<RING> rings = {{{0, 0.04f, 0}, 0, 0}, {{0, 0.04f, 0}, inside, inside}, {{0, 0, 0}, inside, inside}};
     constexpr int steps = 12;
     for (int step = 0; step <= steps; ++step) {
         float const height = 0.9f * float(step) / steps, radius = stave_radius(height);
         rings.push_back({{0, height, 0}, radius, radius});
     }
-    for (RING const &ring :
-         {RING{{0, 0.9f, 0}, 0.24f, 0.24f}, RING{{0, 0.86f, 0}, 0.24f, 0.24f}, RING{{0, 0.86f, 0}, 0, 0}})
-        rings.push_back(ring);
-    staves.loft(rings, 24, EDGES::HARD, {0.55f});
+    rings.push_back({{0, 0.9f, 0}, inside, inside});
+    rings.push_back({{0, lid, 0}, inside, inside});
+    staves.loft(rings, sides, EDGES::HARD, timber);
+    std::vector<VEX2_VECTOR> rim;
+    for (unsigned i = 0; i < sides; ++i) {
+        float const angle = 2 * pi * float(i) / float(sides);
+        rim.push_back({inside * std::cos(angle), lid, -inside * std::sin(angle)});
+    }
+    staves.polygon(rim, timber);
     for (float low : {0.05f, 0.24f, 0.60f, 0.79f}) {
         float const high = low + 0.06f, proud = 0.012f;
         RING const hoop[] = {{{0, low, 0}, stave_radius(low), stave_radius(low)},
                              {{0, low, 0}, stave_radius(low) + proud, stave_radius(low) + proud},
                              {{0, high, 0}, stave_radius(high) + proud, stave_radius(high) + proud},
                              {{0, high, 0}, stave_radius(high), stave_radius(high)}};
-        hoops.loft(hoop, 24, EDGES::HARD, {0.5f});
+        hoops.loft(hoop, sides, EDGES::HARD, {0.5f});
     }
 
     OLD_BYTES out;

@@ -41,9 +41,9 @@ private:
 static float ground_height(float x, float z)
 {
     float const u = x / side + 0.5f, v = z / side + 0.5f;
-    float const rolling = 7 * tiling_clouds(u, v, 3, 3, 4, 71);
+    float const rolling = 12 * tiling_clouds(u, v, 3, 3, 4, 71);
     float const to_crag = std::hypot(x - 14, z + 12);
-    float const crag = 9 * (1 - smooth_step(3, 15, to_crag)) * (0.75f + 0.5f * tiling_clouds(u, v, 9, 9, 3, 72));
+    float const crag = 14 * (1 - smooth_step(3, 17, to_crag)) * (0.75f + 0.5f * tiling_clouds(u, v, 9, 9, 3, 72));
     float const to_brook = std::fabs(x + 14 + 6 * std::sin(z / 11));
     float const brook = 2.5f * (1 - smooth_step(0.5f, 6, to_brook));
     return rolling + crag - brook;

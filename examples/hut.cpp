@@ -28,15 +28,16 @@ using QUAD = std::array<VEX2_VECTOR, 4>;  // counter-clockwise from the lower le
 
 }  // namespace
 
-// A wall with an opening, which is lined `depth` inwards and closed there by a panel.
-static void wall_with_opening(SHAPE &wall, SHAPE &panel, QUAD const &outline, QUAD const &opening, float depth)
+// A wall with an opening, which has a lining `depth` inwards and is closed there by a panel.
+static void wall_with_opening(SHAPE &wall, SHAPE &lining, SHAPE &panel, QUAD const &outline, QUAD const &opening,
+                              float depth)
 {
     VEX2_VECTOR const inwards = unit(cross(outline[3] - outline[0], outline[1] - outline[0])) * depth;
     QUAD back;
     for (unsigned i = 0; i < 4; ++i) {
         unsigned const next = (i + 1) % 4;
         wall.polygon({outline[i], outline[next], opening[next], opening[i]}, plaster_fit);
-        wall.polygon({opening[i], opening[next], opening[next] + inwards, opening[i] + inwards}, plaster_fit);
+        lining.polygon({opening[i], opening[next], opening[next] + inwards, opening[i] + inwards}, upright);
         back[i] = opening[i] + inwards;
     }
     panel.polygon(back, upright);
@@ -70,7 +71,7 @@ static void add_walls_with_openings(PARTS &parts)
 {
     // Windows in the long walls: a dark panel far in, a timber frame around it.
     for (float side : {-1.0f, 1.0f}) {
-        wall_with_opening(parts.plaster, parts.dark, on_side(side, half_depth, floor_height, wall_height),
+        wall_with_opening(parts.plaster, parts.timber, parts.dark, on_side(side, half_depth, floor_height, wall_height),
                           on_side(side, 0.5f, 1.0f, 1.75f), 0.2f);
         float const x = side * half_width, out = x + side * 0.05f;
         float const low = std::fmin(x, out), high = std::fmax(x, out);
@@ -97,7 +98,7 @@ static void add_walls_with_openings(PARTS &parts)
                          {half_width, wall_height, z},
                          {-half_width, wall_height, z}}};
     QUAD const door = {{{-0.5f, floor_height, z}, {0.5f, floor_height, z}, {0.5f, 2.0f, z}, {-0.5f, 2.0f, z}}};
-    wall_with_opening(parts.plaster, parts.timber, front, door, 0.14f);
+    wall_with_opening(parts.plaster, parts.timber, parts.timber, front, door, 0.14f);
     for (float x : {-0.64f, 0.5f})
         parts.timber.box({x, floor_height, z}, {x + 0.14f, 2.0f, z + 0.06f}, upright);
     parts.timber.box({-0.72f, 2.0f, z}, {0.72f, 2.16f, z + 0.08f}, along_x);

@@ -106,8 +106,8 @@ static SHAPE ball(VEX2_VECTOR const &middle, VEX2_VECTOR const &radii, unsigned 
 static void add_trunk(std::vector<PART> &parts)
 {
     parts.push_back({TUNIC,
-                     lofted({{{0, 0.70f, 0}, 0.20f, 0.16f},
-                             {{0, 0.84f, 0}, 0.185f, 0.145f},
+                     lofted({{{0, 0.70f, 0}, 0.215f, 0.17f},
+                             {{0, 0.84f, 0}, 0.2f, 0.155f},
                              {{0, 0.97f, 0}, 0.16f, 0.12f},
                              {{0, 1.05f, 0}, 0.155f, 0.115f},
                              {{0, 1.16f, 0}, 0.17f, 0.12f},
@@ -183,8 +183,8 @@ static void add_limbs(std::vector<PART> &parts, float side, unsigned upper_arm, 
                              {at(0.115f, 0.36f, 0), 0.066f, 0.072f},
                              {at(0.11f, 0.5f, 0.01f), 0.068f, 0.072f},
                              {at(0.105f, 0.66f, 0), 0.08f, 0.085f},
-                             {at(0.095f, 0.84f, 0), 0.092f, 0.105f},
-                             {at(0.09f, 0.95f, 0), 0.085f, 0.1f}},
+                             {at(0.095f, 0.84f, 0), 0.082f, 0.095f},
+                             {at(0.08f, 0.95f, 0), 0.06f, 0.075f}},
                             14),
                      {thigh, shin, 0.5f, 0.07f}});
     parts.push_back({LEATHER,
