@@ -1,0 +1,198 @@
+#include "platform/exchange/import_scene.h"
+
+#include "platform/exchange/import_meshes.h"
+#include "platform/exchange/light_camera_meaning.h"
+#include "platform/exchange/node_attributes.h"
+#include "scene/scene.h"
+
+#include <assimp/commonMetaData.h>
+#include <assimp/scene.h>
+#include <cmath>
+
+using namespace VEX2_LOADER;
+
+namespace {
+
+constexpr float smooth_crease_cosine = 0.5f;  // 60 degrees
+constexpr float flat_crease_cosine = 1.0f;
+
+bool source_is(aiScene const &source, std::string_view format)
+{
+    aiString text;
+    return source.mMetaData != nullptr && source.mMetaData->Get(AI_METADATA_SOURCE_FORMAT, text) &&
+           std::string_view(text.C_Str()).find(format) != std::string_view::npos;
+}
+
+// The turn that brings -z to `look` and y near `up`; both in the node's space.
+POSE_QUATERNION turn_to(aiVector3D const &look, aiVector3D const &up)
+{
+    POSE_VECTOR back(-look.x, -look.y, -look.z), above(up.x, up.y, up.z);
+    if (!(back.SquareLength() > 0))
+        return {};
+    back.Normalize();
+    POSE_VECTOR right = above ^ back;
+    if (!(right.SquareLength() > 1e-12))
+        right = std::abs(back.x) < 0.9 ? POSE_VECTOR(1, 0, 0) ^ back : POSE_VECTOR(0, 1, 0) ^ back;
+    right.Normalize();
+    above = back ^ right;
+    return POSE_QUATERNION(
+        aiMatrix3x3t<double>(right.x, above.x, back.x, right.y, above.y, back.y, right.z, above.z, back.z));
+}
+
+class SCENE_BUILDER {
+public:
+    SCENE_BUILDER(aiScene const &from, aiAnimation const *with, double metres, VEX2 &to, IMPORT_NOTES &lines)
+        : source(from), scene(to), notes(lines), unit(metres), hierarchy(from, with, metres, lines)
+    {
+        hierarchy.fill(scene);
+        for (std::size_t i = 0; i < hierarchy.size(); ++i)
+            add_node_attributes(hierarchy.source_node(i), scene.hierarchy.nodes[i].attributes);
+    }
+
+    bool add_meshes(aiAnimation const *clip, KN_STD::VECTOR<int> const &materials, KN::String &error)
+    {
+        // glTF demands flat faces where a mesh has no normals; elsewhere a surface is meant to be smooth.
+        float const crease = source_is(source, "glTF") ? flat_crease_cosine : smooth_crease_cosine;
+        IMPORT_MESHES meshes(source, clip, hierarchy, unit, crease, materials, notes);
+        for (std::size_t i = 0; i < hierarchy.size(); ++i) {
+            aiNode const &node = hierarchy.source_node(i);
+            for (unsigned m = 0; m < node.mNumMeshes; ++m) {
+                if (node.mMeshes[m] >= source.mNumMeshes) {
+                    error = "node '" + std::string(node.mName.C_Str()) + "' names a mesh that does not exist";
+                    return false;
+                }
+                VEX2_MESH *const mesh = meshes.add(scene, node.mMeshes[m], i, error);
+                if (mesh == nullptr)
+                    return false;
+                std::string name = node.mName.C_Str();
+                if (m != 0)
+                    name += "_part" + std::to_string(m + 1);
+                place(*mesh, name, i);
+            }
+        }
+        return true;
+    }
+
+    void add_cameras()
+    {
+        for (unsigned c = 0; c < source.mNumCameras; ++c) {
+            aiCamera const &camera = *source.mCameras[c];
+            VEX2_CAMERA *const made = new VEX2_CAMERA;
+            scene.cameras.append(made);
+            place_looking(*made, camera.mName, camera.mPosition, camera.mLookAt, camera.mUp);
+            bool const parallel = camera.mOrthographicWidth > 0;
+            made->kind = parallel ? parallel_camera : perspective_camera;
+            made->first_value = constant_channel<VEX2_FLOAT_CHANNEL>(parallel ? float(camera.mOrthographicWidth * unit)
+                                                                              : camera.mHorizontalFOV);
+            made->second_value = constant_channel<VEX2_FLOAT_CHANNEL>(camera.mAspect);
+            made->first_range = constant_channel<VEX2_RANGE_CHANNEL>(
+                VEX2_RANGE{float(camera.mClipPlaneNear * unit), float(camera.mClipPlaneFar * unit)});
+        }
+    }
+
+    void add_lights()
+    {
+        for (unsigned l = 0; l < source.mNumLights; ++l) {
+            aiLight const &light = *source.mLights[l];
+            VEX2_LIGHT *made = nullptr;
+            if (light.mType == aiLightSource_SPOT) {
+                VEX2_SPOT_LIGHT *const spot = new VEX2_SPOT_LIGHT;
+                spot->spread_inner = constant_channel<VEX2_FLOAT_CHANNEL>(light.mAngleInnerCone);
+                spot->spread_outer = constant_channel<VEX2_FLOAT_CHANNEL>(light.mAngleOuterCone);
+                made = spot;
+            } else if (light.mType == aiLightSource_DIRECTIONAL) {
+                made = new VEX2_DIRECT_LIGHT;
+            } else if (light.mType == aiLightSource_POINT) {
+                made = new VEX2_OMNI_LIGHT;
+            } else {
+                notes.add("light '" + std::string(light.mName.C_Str()) +
+                          "' is neither point, spot nor directional light; it is left out");
+                continue;
+            }
+            scene.lights.append(made);
+            place_looking(*made, light.mName, light.mPosition,
+                          light.mType == aiLightSource_POINT ? aiVector3D(0, 0, -1) : light.mDirection, light.mUp);
+            aiColor3D const &colour = light.mColorDiffuse;
+            float const largest = std::max({colour.r, colour.g, colour.b});
+            float const factor = largest > 0 && std::isfinite(largest) ? 1 / largest : 1;
+            made->enabled = constant_channel<VEX2_INT_CHANNEL>(std::uint32_t(1));
+            made->colour_0 = constant_channel<VEX2_COLOUR_CHANNEL>(
+                VEX2_COLOUR{colour.r * factor, colour.g * factor, colour.b * factor, 1});
+            made->intensity = constant_channel<VEX2_FLOAT_CHANNEL>(1 / factor);
+        }
+    }
+
+private:
+    void place(VEX2_OBJECT &object, std::string const &name, std::size_t node)
+    {
+        object.name = KN::from_utf8(name);
+        object.matrix_index = std::uint32_t(node);
+        if (node < hierarchy.size())
+            add_node_attributes(hierarchy.source_node(node), object.attributes);
+        if (object.attributes.class_type() == nullptr)
+            object.attributes.add_string(u"class_TYPE", u"DISPLAY");
+    }
+
+    // At the node of its name, or at a node of its own below that one where it does not look along the node's -z.
+    void place_looking(VEX2_OBJECT &object, aiString const &name, aiVector3D const &position, aiVector3D const &look,
+                       aiVector3D const &up)
+    {
+        int const node = hierarchy.find(name.C_Str());
+        place(object, name.C_Str(), std::size_t(node < 0 ? 0 : node));
+        POSE_QUATERNION const turn = turn_to(look, up);
+        bool const plain = std::abs(turn.w) > 1 - 1e-9 && position.SquareLength() == 0;
+        if (!plain)
+            object.matrix_index =
+                scene.hierarchy.add_node(KN::from_utf8(std::string(name.C_Str()) + "_view"), node,
+                                         {float(position.x * unit), float(position.y * unit), float(position.z * unit)},
+                                         {float(turn.x), float(turn.y), float(turn.z), float(turn.w)});
+    }
+
+    aiScene const &source;
+    VEX2 &scene;
+    IMPORT_NOTES &notes;
+    double unit;
+    IMPORT_HIERARCHY hierarchy;
+};
+
+}  // namespace
+
+double take_unit(aiScene &source)
+{
+    double unit = 1;
+    if (source_is(source, "FBX")) {
+        double centimetres = 1;
+        float single = 0;
+        if (!source.mMetaData->Get("UnitScaleFactor", centimetres) && source.mMetaData->Get("UnitScaleFactor", single))
+            centimetres = double(single);
+        unit = centimetres / 100;
+    } else if (source_is(source, "Collada")) {
+        // The importer put the file's unit into the root as a scale.
+        aiMatrix4x4 &root = source.mRootNode->mTransformation;
+        bool exact = true;
+        POSE pose = pose_of(wide(root), exact);
+        double const s = pose.scale.x;
+        if (exact && std::abs(pose.scale.y - s) < 1e-6 * s && std::abs(pose.scale.z - s) < 1e-6 * s) {
+            unit = s;
+            root = aiMatrix4x4(aiVector3D(1, 1, 1),
+                               aiQuaternion(float(pose.rotation.w), float(pose.rotation.x), float(pose.rotation.y),
+                                            float(pose.rotation.z)),
+                               aiVector3D(float(pose.translation.x / s), float(pose.translation.y / s),
+                                          float(pose.translation.z / s)));
+        }
+    }
+    return std::isfinite(unit) && unit > 0 ? unit : 1;
+}
+
+bool build_scene(aiScene const &source, int clip, double unit, IMPORT_TEXTURES &textures, VEX2 &scene,
+                 IMPORT_NOTES &notes, KN::String &error)
+{
+    aiAnimation const *const animation = clip < 0 ? nullptr : source.mAnimations[clip];
+    SCENE_BUILDER builder(source, animation, unit, scene, notes);
+    KN_STD::VECTOR<int> const materials = add_materials(source, scene, textures, notes);
+    if (!builder.add_meshes(animation, materials, error))
+        return false;
+    builder.add_cameras();
+    builder.add_lights();
+    return true;
+}
