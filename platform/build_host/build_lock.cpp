@@ -2,6 +2,12 @@
 
 #include <QtCore/QLockFile>
 
+#include <cerrno>
+
+#include <signal.h>
+
+bool process_lives(int process) { return ::kill(process, 0) == 0 || errno == EPERM; }
+
 BUILD_LOCK::BUILD_LOCK() = default;
 BUILD_LOCK::~BUILD_LOCK() = default;
 

@@ -23,3 +23,6 @@ public:
 private:
     std::unique_ptr<QLockFile> file;
 };
+
+// Whether a process of that number runs on this machine.
+bool process_lives(int process);

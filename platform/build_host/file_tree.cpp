@@ -11,8 +11,8 @@ namespace {
 
 class SCANNER {
 public:
-    SCANNER(std::vector<FILE_TABLE::ITEM> &found, std::vector<RULE_FILE> &found_rules, QStringList &found_faults)
-        : items(found), rule_files(found_rules), faults(found_faults)
+    SCANNER(std::vector<FILE_TABLE::ITEM> &found, FILE_TREE &found_others, QStringList &found_faults)
+        : items(found), tree(found_others), faults(found_faults)
     {}
 
     // Appends in the order of the table, so that nothing is left to sort.
@@ -41,12 +41,14 @@ public:
                 continue;
             }
             if (has_rules && entry.name == QLatin1String("rules.toml")) {
-                rule_files.push_back({join(physical, entry.name), LOGICAL_PATH(logical)});
+                tree.rule_files.push_back({join(physical, entry.name), LOGICAL_PATH(logical)});
                 continue;
             }
             if (entry.name.endsWith(QLatin1String(".unfinished")) &&
-                KN::FinishedFile::is_unfinished(entry.name.toStdString()))
+                KN::FinishedFile::is_unfinished(entry.name.toStdString())) {
+                tree.unfinished += join(physical, entry.name);
                 continue;
+            }
             FILE_ENTRY *const made = new FILE_ENTRY;
             made->physical = PHYSICAL_PATH(join(physical, entry.name));
             made->size = entry.size;
@@ -67,7 +69,7 @@ private:
     }
 
     std::vector<FILE_TABLE::ITEM> &items;
-    std::vector<RULE_FILE> &rule_files;
+    FILE_TREE &tree;
     QStringList &faults;
 };
 
@@ -102,6 +104,7 @@ void FILE_TREE::clear()
         delete entry;
     table.assign({});
     rule_files.clear();
+    unfinished.clear();
 }
 
 void FILE_TREE::assign(std::vector<FILE_TABLE::ITEM> entries)
@@ -115,7 +118,7 @@ void FILE_TREE::scan(TREE_ROOTS const &roots, QStringList &faults)
     clear();
     auto const list = [&](QString const &root, char const *word, bool has_rules) {
         std::vector<FILE_TABLE::ITEM> items;
-        SCANNER(items, rule_files, faults).scan(root, QLatin1String(word), has_rules);
+        SCANNER(items, *this, faults).scan(root, QLatin1String(word), has_rules);
         return items;
     };
     std::vector<FILE_TABLE::ITEM> old_raw = list(roots.old_raw, "<raw>", true);

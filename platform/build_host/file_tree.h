@@ -28,6 +28,7 @@ public:
     // Its entries are deleted with the tree, also those that actions inserted.
     FILE_TABLE table;
     std::vector<RULE_FILE> rule_files;  // root first, then in order of their folders
+    QStringList unfinished;             // unfinished files (KN::FinishedFile), physical
 
 private:
     void clear();

@@ -245,7 +245,7 @@ private:
 
     void sign()
     {
-        std::uint64_t const database = asset_store() ? mix_text(0, asset_store()->identity()) : 0;
+        std::uint64_t database = 0;  // asked for only if rows are planned: that makes the database
         LOGICAL_PATH last_source;
         std::uint64_t last_rules = 0;
         for (PLANNED_ACTION &planned : plan.actions) {
@@ -264,8 +264,11 @@ private:
             }
             if (!planned.action->error().isEmpty())
                 all = mix_text(all, planned.action->error());
-            if (typeid(*planned.action) == typeid(ACTION_UPDATE_DB))
+            if (typeid(*planned.action) == typeid(ACTION_UPDATE_DB)) {
+                if (database == 0 && asset_store())
+                    database = mix_text(0, asset_store()->identity());
                 all = mix(mix(all, static_cast<ACTION_UPDATE_DB const *>(planned.action)->signature()), database);
+            }
             planned.signature = all;
         }
         add_pulled();

@@ -308,7 +308,7 @@ std::vector<QString> choose_actions(PLAN const &plan, RUN_STATE &state)
     for (PLANNED_ACTION const &planned : plan.actions) {
         if (!planned.action->error().isEmpty()) {
             choose(planned.index, QStringLiteral("it cannot be planned"));
-        } else if (planned.has_products) {
+        } else {
             QString const reason = state.stale_reason(planned);
             if (!reason.isEmpty())
                 choose(planned.index, reason);

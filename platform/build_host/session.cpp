@@ -10,6 +10,17 @@
 #include <algorithm>
 #include <filesystem>
 
+// Unfinished files bear the number of the process that writes them: NAME.PROCESS-NUMBER.unfinished. Those of processes
+// that live are left alone.
+static void remove_leftovers(QStringList const &files)
+{
+    for (QString const &file : files) {
+        int const process = file.section(QLatin1Char('.'), -2, -2).section(QLatin1Char('-'), 0, 0).toInt();
+        if (process > 0 && !process_lives(process))
+            QFile::remove(file);
+    }
+}
+
 SESSION::SESSION() = default;
 
 SESSION::~SESSION()
@@ -31,6 +42,16 @@ bool SESSION::open(QString const &folder, QStringList const &plug_ins)
     if (!read_project(where, current, fault_lines))
         return false;
     set_current_roots(current.roots);
+    if (!load_plug_ins(plug_ins))
+        return false;
+    rows_of_assets = std::make_unique<ASSET_DATABASE>(current.database, current.state_folder);
+    depot = std::make_unique<DEPOT>(current.depot, current.folder, current.state_folder);
+    set_asset_store(rows_of_assets.get());
+    return true;
+}
+
+bool SESSION::load_plug_ins(QStringList const &plug_ins)
+{
     for (QString const &name : plug_ins) {
         QString fault;
         if (QFileInfo(name).isDir())
@@ -38,15 +59,14 @@ bool SESSION::open(QString const &folder, QStringList const &plug_ins)
         else if (!modules.load(name, fault))
             fault_lines += fault;
     }
-    rows_of_assets = std::make_unique<ASSET_DATABASE>(current.database, current.state_folder);
-    depot = std::make_unique<DEPOT>(current.depot, current.folder, current.state_folder);
-    set_asset_store(rows_of_assets.get());
     return fault_lines.isEmpty();
 }
 
 bool SESSION::list_files()
 {
     tree.scan(current.roots, fault_lines);
+    if (has_lock)
+        remove_leftovers(tree.unfinished);
 
     rule_files = std::make_unique<RULE_STORE>();
     auto const add = [&](QString const &file, LOGICAL_PATH const &folder, bool is_project) {
@@ -75,8 +95,10 @@ bool SESSION::take_lock()
         lock.take(current.state_folder, fault);
     if (!fault.isEmpty())
         fault_lines += fault;
-    rows_of_assets->allow_making();
-    return fault.isEmpty();
+    has_lock = fault.isEmpty();
+    if (has_lock)
+        rows_of_assets->allow_making();
+    return has_lock;
 }
 
 bool SESSION::open_record()
