@@ -1,0 +1,371 @@
+// A model is put together in memory while the scene is there: a GLTF::DOCUMENT that lacks its textures. Writing
+// publishes these and puts out the files.
+
+#include "Plugins/Vx2/host/model_processor.h"
+
+#include "Plugins/Vx2/host/model_statistics.h"
+#include "Plugins/Vx2/host/paths.h"
+#include "Plugins/Vx2/host/uvw_test.h"
+#include "Plugins/Vx2/host/vex2_filter.h"
+#include "foundation/file.h"
+#include "foundation/messages.h"
+#include "mesh/prepare.h"
+#include "platform/building/description_file.h"
+#include "platform/conversion/lighting_materials.h"
+#include "platform/conversion/mesh_source.h"
+#include "platform/conversion/model_levels.h"
+#include "platform/conversion/model_materials.h"
+#include "platform/conversion/model_mesh.h"
+#include "platform/conversion/model_skeleton.h"
+#include "platform/conversion/terrain_tile.h"
+#include "platform/conversion/texture_files.h"
+#include "platform/gltf/writer.h"
+#include "scene/buffer.h"
+
+#include <algorithm>
+#include <set>
+
+using namespace VEX2_LOADER;
+
+namespace TOOLDATABUILDER {
+
+namespace {
+
+// What a model is made of when no filter tells.
+class NOT_TECH_FILTER : public VEX2_FILTER {
+public:
+    bool mesh(VEX2_OBJECT const &mesh) const override
+    {
+        KN::UniString const *const type = mesh.attributes.class_type();
+        return type == nullptr || *type != u"TECH";
+    }
+};
+
+bool fail(KN::String const &line)
+{
+    KN::message(KN::MESSAGE_ERROR, line);
+    return false;
+}
+
+KN::String folder_of(KN::String const &path) { return path.substr(0, std::min(path.rfind('/'), path.size())); }
+
+// Positions and triangles of a mesh that is in the document already.
+GLTF::GEOMETRY geometry_of(GLTF::DOCUMENT &document, MODEL_MESH const &mesh)
+{
+    GLTF::MESH const &from = document.meshes[std::size_t(mesh.mesh)];
+    float const *const positions = document.buffer.at<float>(from.primitives[0].attributes[0].second);
+    GLTF::GEOMETRY geometry;
+    geometry.name = from.name;
+    geometry.positions.assign(positions, positions + mesh.vertex_count * 3);
+    for (auto const &indices : mesh.indices)
+        geometry.indices.insert(geometry.indices.end(), indices.begin(), indices.end());
+    return geometry;
+}
+
+}  // namespace
+
+struct MODEL_PROCESSOR::STATE {
+    KN::String texture_folder;
+    KN::String skeleton_name;
+    bool single_lod;
+    KN::String lighting_file;
+    KN_STD::VECTOR<float> distances;
+    KN_STD::VECTOR<unsigned char> qualities;
+
+    // The model in the making.
+    KN::String source;
+    GLTF::DOCUMENT document;
+    std::vector<MODEL_MATERIAL> materials;
+    std::vector<std::vector<MODEL_MESH>> levels;  // the finest first
+    MODEL_SKELETON skeleton;
+
+    void begin(KN::String const &scene_file);
+    std::vector<int> take_materials(VEX2 const &scene, std::vector<MESH_SOURCE> const &meshes,
+                                    MATERIAL_OPTIONS const &options);
+    bool take_levels(std::vector<MESH_SOURCE> const &meshes, MODEL_MESH_OPTIONS const &options, KN::String &error);
+    void make_coarser_levels();
+    void place_levels();
+    MODEL_LEVEL_STATISTICS statistics_of(std::size_t level);
+    void add_extras(std::vector<MODEL_LEVEL_STATISTICS> const &statistics);
+    void add_textures(KN::String const &target);
+    std::vector<GLTF::GEOMETRY> finest_geometry();
+};
+
+void MODEL_PROCESSOR::STATE::begin(KN::String const &scene_file)
+{
+    source = scene_file;
+    document = {};
+    materials.clear();
+    levels.clear();
+    skeleton = {};
+}
+
+// Gives, for each material of the scene, its number in the model; -1 where no mesh uses it.
+std::vector<int> MODEL_PROCESSOR::STATE::take_materials(VEX2 const &scene, std::vector<MESH_SOURCE> const &meshes,
+                                                        MATERIAL_OPTIONS const &options)
+{
+    std::vector<int> numbers(scene.materials.count, -1);
+    for (MESH_SOURCE const &mesh : meshes)
+        for (VEX2_POLYGON_SET const &section : mesh.mesh.sections)
+            if (!section.triangles.empty() && section.material_index >= 0 &&
+                std::size_t(section.material_index) < numbers.size())
+                numbers[std::size_t(section.material_index)] = 0;
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        if (numbers[i] < 0 || scene.materials[i] == nullptr) {
+            numbers[i] = -1;
+            continue;
+        }
+        numbers[i] = int(materials.size());
+        materials.push_back(take_material(*scene.materials[i], options));
+    }
+    return numbers;
+}
+
+bool MODEL_PROCESSOR::STATE::take_levels(std::vector<MESH_SOURCE> const &meshes, MODEL_MESH_OPTIONS const &options,
+                                         KN::String &error)
+{
+    MODEL_LEVELS sorted;
+    if (!sort_into_levels(meshes, single_lod, sorted, error))
+        return false;
+    for (auto const &indices : sorted.meshes_of) {
+        std::vector<MODEL_MESH> level;
+        for (std::size_t const i : indices) {
+            MODEL_MESH mesh;
+            if (!add_model_mesh(meshes[i], skeleton, options, document, mesh, error))
+                return false;
+            if (mesh.mesh >= 0)
+                level.push_back(std::move(mesh));
+        }
+        if (!level.empty())
+            levels.push_back(std::move(level));
+    }
+    if (levels.empty()) {
+        error = "there is no mesh with triangles to make a model of";
+        return false;
+    }
+    if (!sorted.are_named && !single_lod)
+        make_coarser_levels();
+    return true;
+}
+
+// Each level from the one before; qualities end where they do not fall any more.
+void MODEL_PROCESSOR::STATE::make_coarser_levels()
+{
+    unsigned before = 100;
+    for (unsigned const quality : qualities) {
+        if (quality == 0 || quality >= before)
+            break;
+        before = quality;
+        std::vector<MODEL_MESH> level;
+        std::size_t finer_triangles = 0, triangles = 0;
+        for (std::size_t i = 0; i < levels.back().size(); ++i) {
+            MODEL_MESH const &finer = levels.back()[i];
+            finer_triangles += finer.triangles;
+            MODEL_MESH coarser;
+            if (!add_coarser_mesh(finer, quality, document, coarser))
+                return;
+            triangles += coarser.triangles;
+            if (coarser.mesh >= 0)
+                level.push_back(std::move(coarser));
+        }
+        if (level.empty() || triangles == finer_triangles)
+            break;
+        levels.push_back(std::move(level));
+    }
+}
+
+// A node a level with a node a mesh below it. The first one stands in the scene, the others in its place far away.
+void MODEL_PROCESSOR::STATE::place_levels()
+{
+    std::vector<GLTF::NODE> &nodes = document.nodes;
+    std::size_t const first = nodes.size();
+    nodes.resize(first + levels.size());
+    for (std::size_t i = 0; i < levels.size(); ++i) {
+        nodes[first + i].name = "lod" + std::to_string(i);
+        for (MODEL_MESH const &mesh : levels[i]) {
+            GLTF::NODE node;
+            node.name = document.meshes[std::size_t(mesh.mesh)].name;
+            node.mesh = mesh.mesh;
+            node.skin = mesh.is_skinned ? 0 : -1;
+            nodes[first + i].children.push_back(int(nodes.size()));
+            nodes.push_back(std::move(node));
+        }
+        if (i > 0)
+            nodes[first].coarser_levels.push_back(int(first + i));
+    }
+    document.roots.push_back(int(first));
+}
+
+MODEL_LEVEL_STATISTICS MODEL_PROCESSOR::STATE::statistics_of(std::size_t level)
+{
+    MODEL_LEVEL_STATISTICS made;
+    if (level > 0 && level <= distances.size())
+        made.distance = distances[level - 1];
+    std::set<int> used_materials;
+    bool is_first = true;
+    for (MODEL_MESH const &mesh : levels[level]) {
+        ++made.meshes;
+        made.triangles += mesh.triangles;
+        made.vertices += mesh.vertices;
+        made.bytes += mesh.bytes;
+        if (mesh.is_skinned)
+            made.bones = std::uint32_t(skeleton.joint_count());
+        GLTF::MESH const &in_model = document.meshes[std::size_t(mesh.mesh)];
+        for (std::size_t i = 0; i < mesh.indices.size(); ++i) {
+            used_materials.insert(in_model.primitives[i].material);
+            float const *const positions = document.buffer.at<float>(in_model.primitives[i].attributes[0].second);
+            for (std::uint32_t const index : mesh.indices[i]) {
+                for (std::size_t axis = 0; axis < 3; ++axis) {
+                    float const value = positions[std::size_t(index) * 3 + axis];
+                    made.least[axis] = is_first ? value : std::min(made.least[axis], value);
+                    made.greatest[axis] = is_first ? value : std::max(made.greatest[axis], value);
+                }
+                is_first = false;
+            }
+        }
+    }
+    used_materials.erase(-1);
+    made.materials = std::uint32_t(used_materials.size());
+    return made;
+}
+
+void MODEL_PROCESSOR::STATE::add_extras(std::vector<MODEL_LEVEL_STATISTICS> const &statistics)
+{
+    std::vector<GLTF::VALUE> list;
+    for (MODEL_LEVEL_STATISTICS const &level : statistics)
+        list.push_back(GLTF::MEMBERS{{"distance", double(level.distance)},
+                                     {"meshes", int(level.meshes)},
+                                     {"triangles", double(level.triangles)},
+                                     {"vertices", double(level.vertices)},
+                                     {"materials", int(level.materials)},
+                                     {"bones", int(level.bones)}});
+    document.extras = {{"levels", std::move(list)}};
+    if (!skeleton_name.empty())
+        document.extras.emplace_back("skeleton", skeleton_name);
+}
+
+void MODEL_PROCESSOR::STATE::add_textures(KN::String const &target)
+{
+    PHYSICAL_PATH const physical(QString::fromUtf8(source.c_str()));
+    KN::String const raw(PATHS::raw_data().toStdString());
+    KN::String const working(PATHS::target_working_data(physical).toStdString());
+    KN::String const folder = texture_folder.empty() ? folder_of(target) : working + "/" + texture_folder;
+    TEXTURE_FILES files(folder_of(source), raw, folder);
+    for (MODEL_MATERIAL const &material : materials)
+        document.materials.push_back(with_textures(material, files, target));
+}
+
+std::vector<GLTF::GEOMETRY> MODEL_PROCESSOR::STATE::finest_geometry()
+{
+    std::vector<GLTF::GEOMETRY> meshes;
+    for (MODEL_MESH const &mesh : levels[0])
+        meshes.push_back(geometry_of(document, mesh));
+    return meshes;
+}
+
+MODEL_PROCESSOR::MODEL_PROCESSOR(KN::String const &texture_folder, bool has_animation_type,
+                                 KN::String const &animation_type, bool single_lod,
+                                 KN::String const &lighting_materials, KN_STD::VECTOR<float> const &distances,
+                                 KN_STD::VECTOR<unsigned char> const &qualities)
+    : state(std::make_unique<STATE>())
+{
+    state->texture_folder = texture_folder;
+    state->skeleton_name = has_animation_type ? animation_type : KN::String();
+    state->single_lod = single_lod;
+    state->lighting_file = lighting_materials;
+    state->distances = distances;
+    state->qualities = qualities;
+}
+
+MODEL_PROCESSOR::~MODEL_PROCESSOR() = default;
+
+KN::String MODEL_PROCESSOR::get_lighting_materials_xml() { return "lighting/rigid_materials.xml"; }
+
+bool MODEL_PROCESSOR::open_vex2(KN::String const &source, MODEL_STATISTICS_INTERFACE *statistics, bool debug)
+{
+    VEX2_READ_BUFFER buffer(KN::must_fix_string_widen(source));
+    if (buffer.cursor >= buffer.end)
+        return fail("Failed to open '" + source + "' for reading!");
+    VEX2 scene;
+    if (!scene.load(buffer, true))
+        return fail("Failed to load vex2 file '" + source + "'!");
+    scene.seek(0.0f);
+    KN::UniString fault;
+    test_vex2_uvws(scene, fault);
+    if (!fault.empty())
+        return fail(KN::to_utf8(fault));
+    prepare_scene(scene);
+    return load_from_vex2(scene, NOT_TECH_FILTER(), statistics, source, debug);
+}
+
+bool MODEL_PROCESSOR::load_from_vex2(VEX2 &scene, VEX2_FILTER const &filter, MODEL_STATISTICS_INTERFACE *statistics,
+                                     KN::String const &source, bool debug)
+{
+    state->begin(source);
+    std::vector<VEX2_MESH const *> const taken = filtered_meshes(scene, filter);
+    std::vector<MESH_SOURCE> meshes;
+    meshes.reserve(taken.size());
+    for (VEX2_MESH const *const mesh : taken) {
+        meshes.emplace_back(scene, *mesh);
+        if (meshes.back().weighted)
+            state->skeleton.add(scene, *meshes.back().weighted);
+        if (debug)
+            KN::message_txt("mesh '" + meshes.back().name + "': " + std::to_string(mesh->triangle_count()) +
+                            " triangles, " + std::to_string(mesh->vertex_count()) + " vertices");
+    }
+    state->skeleton.number_joints();
+
+    KN::String error;
+    auto const lighting = read_lighting_materials(state->lighting_file);
+    std::vector<int> const numbers = state->take_materials(scene, meshes, {disable_alpha_test, tree, &lighting});
+    MODEL_MESH_OPTIONS const options{variable_bones_per_vert, &numbers, &state->materials};
+    if (!state->take_levels(meshes, options, error))
+        return fail(source + ": " + error);
+    if (state->skeleton.joint_count() != 0 && !state->skeleton.write(scene, state->document, error))
+        return fail(source + ": " + error);
+    if (state->document.buffer.is_refused())
+        return fail(source + ": the model needs more than 2 GiB of vertices and indices; split the scene");
+    state->place_levels();
+
+    std::vector<MODEL_LEVEL_STATISTICS> counts;
+    for (std::size_t i = 0; i < state->levels.size(); ++i) {
+        counts.push_back(state->statistics_of(i));
+        if (statistics)
+            statistics->add_level(counts.back());
+    }
+    state->add_extras(counts);
+    return true;
+}
+
+bool MODEL_PROCESSOR::write(KN::String const &model_file, MODEL_STATISTICS_INTERFACE *statistics)
+{
+    if (state->levels.empty())
+        return fail(model_file + ": no model was loaded");
+    KN::String error;
+    bool const is_tile = model_file.lower().find("tiles") != model_file.npos;
+    std::vector<GLTF::GEOMETRY> meshes;
+    if (is_tile || !description_file.empty())
+        meshes = state->finest_geometry();
+    if (is_tile && !write_terrain_tile(meshes, folder_of(model_file), error))
+        return fail(error);
+    if (!description_file.empty()) {
+        CORVANEUTILITY::DESCRIPTION const description{std::move(meshes), false, incendiary_radius};
+        std::size_t points = 0;
+        KN::String const path = KN::disk_path(description_file);
+        if (!KN::make_directories(folder_of(path)) ||
+            !CORVANEUTILITY::write_description(description, path, points, error))
+            return fail(error.empty() ? path + ": its folder cannot be made" : error);
+    }
+
+    state->add_textures(model_file);
+    std::uint64_t size = 0;
+    bool const written = GLTF::write_glb(state->document, model_file, error, &size);
+    state->levels.clear();  // the document is used up
+    if (!written)
+        return fail(error);
+    if (statistics)
+        statistics->set_file_size(size);
+    return true;
+}
+
+}  // namespace TOOLDATABUILDER
