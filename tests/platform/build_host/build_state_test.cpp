@@ -1,0 +1,209 @@
+#include "tests/platform/build_host/built_tree.h"
+
+#include <QtCore/QCoreApplication>
+
+namespace {
+
+QString const a_text = QStringLiteral("raw_data/a.txt");
+
+TEST_F(BUILT_TREE, NothingToDoRunsNothingAndReadsNoContents)
+{
+    write(a_text, "use b.txt\nuse missing.txt\n");
+    write("raw_data/b.txt", "b");
+    EXPECT_EQ(build().run, QStringList({"a", "b"}));
+    BUILD const second = build();
+    EXPECT_EQ(second.run, QStringList());
+    EXPECT_EQ(second.contents_read, 0u);
+    EXPECT_TRUE(second.good);
+}
+
+// Each change of a settled tree, what it makes run, and why.
+TEST_F(BUILT_TREE, EveryChangeRunsWhatDependsOnItAndNothingElse)
+{
+    struct CHANGE {
+        char const *what;
+        std::function<void()> make;
+        QStringList run;
+        char const *reason;  // of the first
+    };
+    CHANGE const changes[] = {
+        {"a source", [&] { write("raw_data/c.txt", "C"); }, {"c"}, "<raw>/c.txt has changed"},
+        {"a file that others take in", [&] { write("raw_data/b.txt", "B"); }, {"a", "b"}, "<raw>/b.txt has changed"},
+        {"a file that was not found", [&] { write("raw_data/late.inc", "!"); }, {"a"}, "<raw>/late.inc has appeared"},
+        {"and goes again", [&] { QFile::remove(path("raw_data/late.inc")); }, {"a"}, "<raw>/late.inc is gone"},
+        {"a product",
+         [&] { QFile::remove(path("working_data/made/b.out")); },
+         {"b"},
+         "<working>/made/b.out is missing"},
+        {"a rule value read while running",
+         [&] { write("raw_data/rules.toml", "[Copy]\nTargetPath = \"made\"\nSuffix = \"-\"\n"); },
+         {"a", "b", "c"},
+         "Copy.Suffix changed from (absent) to '-' (raw_data/rules.toml:3)"},
+        {"a rule value that nobody reads",
+         [&] { write("raw_data/rules.toml", "[Copy]\nTargetPath = \"made\"\nSuffix = \"-\"\nUnread = 1\n"); },
+         {},
+         nullptr},
+        {"a rule for one file",
+         [&] {
+             write("raw_data/rules.toml",
+                   "[[Copy]]\nTargetPath = \"made\"\nSuffix = \"-\"\n[[Copy]]\nfiles = \"c.*\"\nSuffix = \"+\"\n");
+         },
+         {"c"},
+         "Copy.Suffix changed from '-' to '+' (raw_data/rules.toml:6)"},
+        {"a global rule",
+         [&] { write("mox.toml", "[global.Copy]\nSuffix = \"x\"\n"); },
+         {"a", "b", "c"},
+         "Copy.Suffix changed from (absent) to 'x' (mox.toml:2)"},
+        {"the converter", [&] { version = 2; }, {"a", "b", "c"}, "converter changed from texts 1 to texts 2"},
+    };
+    write(a_text, "use b.txt\nuse late.inc\n");
+    write("raw_data/b.txt", "b");
+    write("raw_data/c.txt", "c");
+    ASSERT_EQ(build().run.size(), 3);
+    for (CHANGE const &change : changes) {
+        SCOPED_TRACE(change.what);
+        change.make();
+        BUILD const result = build();
+        EXPECT_EQ(result.run, change.run);
+        EXPECT_EQ(result.reasons.value(0), QString(change.reason));
+        EXPECT_EQ(build().run, QStringList());
+    }
+    EXPECT_EQ(read("working_data/made/a.out"), "use b.txt\nuse late.inc\n-B");
+    EXPECT_EQ(read("working_data/made/c.out"), "C+");
+}
+
+TEST_F(BUILT_TREE, AFileOfWhichOnlyTheTimeChangedIsReadOnceAndBuiltNever)
+{
+    write(a_text, "a");
+    build();
+    touch(a_text);
+    BUILD const touched = build();
+    EXPECT_EQ(touched.run, QStringList());
+    EXPECT_EQ(touched.contents_read, 1u);
+    EXPECT_EQ(build().contents_read, 0u);
+}
+
+// What an unfinished build chose to run is run by the next one, rows of the database included.
+TEST_F(BUILT_TREE, AKilledBuildLeavesItsActionsOwed)
+{
+    write("mox.toml", "[global.Copy]\nSuffix = \"rows\"\n");
+    write(a_text, "a");
+    write("raw_data/b.txt", "b");
+    ASSERT_TRUE(build().good);
+    write("raw_data/b.txt", "B");
+    BUILD const killed = build(true);
+    ASSERT_EQ(killed.run.size(), 3);  // the copy, the gate, the row
+    write("raw_data/b.txt", "b");
+    BUILD const next = build();
+    EXPECT_EQ(next.run, killed.run);
+    EXPECT_EQ(build().run, QStringList());
+}
+
+TEST_F(BUILT_TREE, AFailureIsTriedAgainAndPutsItsTargetsBack)
+{
+    write(a_text, "a");
+    build();
+    write(a_text, "fail");
+    BUILD const failed = build();
+    EXPECT_FALSE(failed.good);
+    EXPECT_EQ(failed.lines, QStringList("told to fail"));
+    EXPECT_EQ(read("working_data/made/a.out"), "a");
+
+    write("raw_data/new.txt", "fail extra");
+    EXPECT_EQ(build().run, QStringList({"a", "new"}));
+    EXPECT_EQ(read("working_data/made/new.out"), "(none)");
+    EXPECT_EQ(read("working_data/made/new.out.extra"), "(none)");
+    EXPECT_FALSE(QDir(path("working_data/.mox/aside")).exists());
+
+    write(a_text, "a");
+    QFile::remove(path("raw_data/new.txt"));
+    EXPECT_EQ(build().run, QStringList("a"));
+    EXPECT_EQ(build().run, QStringList());
+}
+
+TEST_F(BUILT_TREE, ASuccessWithoutItsProductIsNone)
+{
+    write(a_text, "forget");
+    BUILD const result = build();
+    EXPECT_FALSE(result.good);
+    EXPECT_EQ(result.lines, QStringList(path("working_data/made/a.out") + ": the action has not written its target"));
+}
+
+// A target that is also a source, or that lay below the raw root before, is not the build's to put back or to remove.
+TEST_F(BUILT_TREE, AFailureNeverTouchesRawArt)
+{
+    write("raw_data/rules.toml", "[Copy]\nTargetPath = \"beside\"\n");
+    write("raw_data/same.txt", "fail");
+    write("raw_data/same.out", "by hand");
+    build();
+    EXPECT_EQ(read("raw_data/same.txt"), "fail");
+    EXPECT_NE(read("raw_data/same.out"), "(none)");
+}
+
+TEST_F(BUILT_TREE, CleanRemovesWhatTheBuildWroteAndNothingElse)
+{
+    write(a_text, "extra");
+    write("raw_data/b.txt", "b");
+    write("raw_data/found.txt", "found");
+    write("working_data/by_hand.out", "mine");
+    build();
+    QFile::remove(path("raw_data/b.txt"));
+    EXPECT_EQ(build().gone, QStringList("<working>/made/b.out"));
+
+    auto const clean = [&](bool only_gone) {
+        SESSION session;
+        EXPECT_TRUE(session.open(folder.path(), {}) && session.take_lock() && session.open_record() &&
+                    session.list_files());
+        TEXT_PROCESSOR processor(version);
+        session.make_plan({&processor});
+        session.make_state();
+        QStringList removed;
+        EXPECT_TRUE(session.clean(only_gone, removed));
+        for (QString &file : removed)
+            file = QDir(path("working_data")).relativeFilePath(file);
+        return removed;
+    };
+    EXPECT_EQ(clean(true), QStringList("made/b.out"));
+    EXPECT_EQ(build().run, QStringList());
+    EXPECT_EQ(clean(false), QStringList({"made/a.out", "made/a.out.extra", "made/found.out"}));
+    EXPECT_EQ(read("working_data/by_hand.out"), "mine");
+    EXPECT_EQ(build().run, QStringList({"a", "found"}));
+}
+
+TEST_F(BUILT_TREE, ADamagedRecordIsBegunAnew)
+{
+    write(a_text, "a");
+    build();
+    QFile record(path("working_data/.mox/record.sqlite"));
+    ASSERT_TRUE(record.open(QIODevice::ReadWrite));
+    QByteArray bytes = record.readAll();
+
+    // A page of a table, and the head of the file.
+    for (int const place : {16384 + 200, 20}) {
+        SCOPED_TRACE(place);
+        ASSERT_TRUE(record.resize(0) && record.seek(0));
+        QByteArray damaged = bytes;
+        for (int i = place; i < place + 64; ++i)
+            damaged[i] = char(0x5a);
+        record.write(damaged);
+        record.flush();
+        BUILD const next = build();
+        EXPECT_TRUE(next.good);
+        EXPECT_EQ(next.run, QStringList("a"));
+        EXPECT_EQ(next.warnings.size(), 1);
+        EXPECT_EQ(build().run, QStringList());
+    }
+}
+
+TEST_F(BUILT_TREE, TwoBuildsExcludeEachOther)
+{
+    SESSION first;
+    ASSERT_TRUE(first.open(folder.path(), {}) && first.take_lock());
+    SESSION second;
+    ASSERT_TRUE(second.open(folder.path(), {}));
+    EXPECT_FALSE(second.take_lock());
+    EXPECT_TRUE(second.faults().value(0).contains(QStringLiteral("process %1").arg(QCoreApplication::applicationPid())))
+        << second.faults().value(0).toStdString();
+}
+
+}  // namespace
