@@ -7,13 +7,15 @@
 #include <QtCore/QHash>
 #include <QtCore/QReadWriteLock>
 #include <QtCore/QStringList>
+#include <mutex>
 
 namespace QTSHARED {
 
 class ASSET_GRAPH_API ASSET_GRAPH {
 public:
-    // Reads all AGF files below the folder. One that cannot be read is a warning and counts as absent.
-    explicit ASSET_GRAPH(QString const &working_root);
+    // The first call of any other operation reads all AGF files below the folder. One that cannot be read is a warning
+    // and counts as absent.
+    explicit ASSET_GRAPH(QString const &working_root) : root(working_root) {}
 
     // The id of the fragment whose asset is `asset`, a path below the working root; empty if there is none.
     QString fragment_id_from_asset_filename(QString const &asset) const;
@@ -27,14 +29,20 @@ public:
     bool replace_and_save(ASSET_FRAGMENT_BUILDER const &builder, QString &error);
 
 private:
+    struct INDEX {
+        QMap<QString, ASSET_FRAGMENT> by_id;  // key: id in lower case
+        QHash<QString, QStringList> ids_of;   // by AGF path in lower case: keys of by_id
+        QHash<QString, QString> id_by_asset;  // by asset path in lower case: id
+    };
+
     QString below_root(QString const &path) const;
-    void enter(QString const &agf, QMap<QString, ASSET_FRAGMENT> const &fragments);
+    INDEX &index() const;
+    void enter(QString const &agf, QMap<QString, ASSET_FRAGMENT> const &fragments, INDEX &to) const;
 
     QString root;
-    mutable QReadWriteLock lock;
-    QMap<QString, ASSET_FRAGMENT> by_id;  // key: id in lower case
-    QHash<QString, QStringList> ids_of;   // by AGF path in lower case: keys of by_id
-    QHash<QString, QString> id_by_asset;  // by asset path in lower case: id
+    mutable std::once_flag was_read;
+    mutable QReadWriteLock lock;  // of `known`
+    mutable INDEX known;
 };
 
 }  // namespace QTSHARED

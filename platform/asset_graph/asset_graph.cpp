@@ -1,0 +1,107 @@
+#include "Plugins/Vx2/host/asset_graph.h"
+
+#include "foundation/finished_file.h"
+#include "foundation/messages.h"
+#include "platform/asset_graph/agf_file.h"
+
+#include <QtCore/QDirIterator>
+#include <QtCore/QFile>
+
+namespace QTSHARED {
+
+static KN::String disk_name(QString const &path)
+{
+    QByteArray const bytes = QFile::encodeName(path);
+    return KN::String(bytes.constData(), std::size_t(bytes.size()));
+}
+
+ASSET_GRAPH::INDEX &ASSET_GRAPH::index() const
+{
+    std::call_once(was_read, [this] {
+        QDirIterator files(root, {QStringLiteral("*.agf")}, QDir::Files, QDirIterator::Subdirectories);
+        while (files.hasNext()) {
+            QFile file(files.next());
+            QMap<QString, ASSET_FRAGMENT> fragments;
+            QString error = QStringLiteral("cannot be read");
+            if (file.open(QIODevice::ReadOnly) && read_agf(file.read(largest_agf + 1), fragments, error))
+                enter(below_root(file.fileName()), fragments, known);
+            else
+                KN::message(KN::MESSAGE_WARNING, KN::printable(disk_name(file.fileName())) + ": " +
+                                                     error.toStdString() + "; build its asset again");
+        }
+    });
+    return known;
+}
+
+QString ASSET_GRAPH::below_root(QString const &path) const
+{
+    QString turned = path;
+    turned.replace(QLatin1Char('\\'), QLatin1Char('/'));
+    return turned.startsWith(root + QLatin1Char('/')) ? turned.mid(root.size() + 1) : turned;
+}
+
+QString ASSET_GRAPH::fragment_id_from_asset_filename(QString const &asset) const
+{
+    INDEX const &read = index();
+    QReadLocker const reading(&lock);
+    return read.id_by_asset.value(below_root(asset).toLower());
+}
+
+QMap<QString, ASSET_FRAGMENT> ASSET_GRAPH::asset_fragments() const
+{
+    INDEX const &read = index();
+    QReadLocker const reading(&lock);
+    return read.by_id;
+}
+
+QStringList ASSET_GRAPH::needed_by(QString const &id) const
+{
+    INDEX const &read = index();
+    QReadLocker const reading(&lock);
+    QStringList ids;
+    for (auto fragment = read.by_id.begin(); fragment != read.by_id.end(); ++fragment)
+        for (ASSET_DEPENDENCY const &dependency : fragment->dependencies)
+            if (dependency.id.compare(id, Qt::CaseInsensitive) == 0 && !ids.endsWith(fragment.key()))
+                ids.append(fragment.key());
+    return ids;
+}
+
+bool ASSET_GRAPH::replace_and_save(ASSET_FRAGMENT_BUILDER const &builder, QString &error)
+{
+    QMap<QString, ASSET_FRAGMENT> fragments = builder.fragments();
+    for (ASSET_FRAGMENT &fragment : fragments)
+        fragment.asset = below_root(fragment.asset);
+    QByteArray const bytes = agf_bytes(fragments);
+    KN::String fault;
+    INDEX &changed = index();
+    QWriteLocker const writing(&lock);
+    if (!KN::write_finished_file(disk_name(builder.agf_path()),
+                                 std::string_view(bytes.constData(), std::size_t(bytes.size())), fault)) {
+        error = QString::fromUtf8(fault.c_str());
+        return false;
+    }
+    enter(below_root(builder.agf_path()), fragments, changed);
+    return true;
+}
+
+void ASSET_GRAPH::enter(QString const &agf, QMap<QString, ASSET_FRAGMENT> const &fragments, INDEX &to) const
+{
+    QStringList &keys = to.ids_of[agf.toLower()];
+    for (QString const &key : keys) {
+        auto const old = to.by_id.find(key);
+        if (old == to.by_id.end() || old->agf.compare(agf, Qt::CaseInsensitive) != 0)
+            continue;  // another file has taken the id over
+        to.id_by_asset.remove(old->asset.toLower());
+        to.by_id.erase(old);
+    }
+    keys.clear();
+    for (auto fragment = fragments.begin(); fragment != fragments.end(); ++fragment) {
+        QString const key = fragment.key().toLower();
+        ASSET_FRAGMENT &entry = to.by_id[key] = *fragment;
+        entry.agf = agf;
+        to.id_by_asset[entry.asset.toLower()] = fragment.key();
+        keys.append(key);
+    }
+}
+
+}  // namespace QTSHARED

@@ -1,0 +1,52 @@
+#include "Plugins/Vx2/host/vfs.h"
+
+#include "foundation/file.h"
+
+#include <filesystem>
+
+namespace UTILITYDLL {
+
+namespace {
+
+// Goes down `path`, section by section, and takes entries whose names agree apart from case where none agrees whole.
+bool exists_in_any_case(KN::String const &root, KN::String const &path)
+{
+    std::error_code fault;
+    std::filesystem::path at(root.empty() ? std::string("/") : std::string(root));
+    for (std::filesystem::path const &section : std::filesystem::path(std::string(path)).relative_path()) {
+        if (section.empty() || std::filesystem::exists(at / section, fault)) {
+            at /= section;
+            continue;
+        }
+        KN::String const wanted = KN::String(section.string()).lower();
+        std::filesystem::path found;
+        for (std::filesystem::directory_iterator entry(at, fault), end; !fault && entry != end; entry.increment(fault))
+            if (KN::String(entry->path().filename().string()).lower() == wanted)
+                found = entry->path();
+        if (found.empty())
+            return false;
+        at = found;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool VFS::exists(KN::String const &name) const
+{
+    KN::String const path = KN::disk_path(name);
+    if (path.empty())
+        return false;
+    for (KN::String const &root : roots)
+        if (KN::exists(root + "/" + path) || exists_in_any_case(root, path))
+            return true;
+    return KN::exists(path) || (path.front() == '/' && exists_in_any_case({}, path));
+}
+
+VFS &vfs()
+{
+    static VFS only;
+    return only;
+}
+
+}  // namespace UTILITYDLL
