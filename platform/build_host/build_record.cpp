@@ -168,6 +168,7 @@ BUILD_RECORD::OPENED BUILD_RECORD::open_file(QString const &file, QString &fault
     }
     if (result != SQLITE_ROW) {
         fault = QString::fromUtf8(sqlite3_errmsg(database));
+        result = sqlite3_errcode(database);
         return result == SQLITE_CORRUPT || result == SQLITE_NOTADB ? OPENED::DAMAGED : OPENED::REFUSED;
     }
     if (tables == 0)

@@ -345,9 +345,10 @@ std::vector<RULE_DATA const *> RULE_STORE::planning_rules(LOGICAL_PATH const &pa
 {
     std::vector<RULE_DATA const *> all;
     std::shared_lock const guard(contents->lock);
-    for (QString const &kind : contents->globals_asked)
-        if (auto const known = contents->globals.find(kind); known->second)
-            all.push_back(known->second.get());
+    for (auto const &[kind, data] : contents->globals)
+        if (data && !data->read.empty())
+            all.push_back(data.get());
+    std::sort(all.begin(), all.end(), [](auto const *a, auto const *b) { return a->kind < b->kind; });
     auto const found = contents->scope_of_folder.find(folder_of(view(path)));
     if (found == contents->scope_of_folder.end() || !found->second)
         return all;

@@ -32,7 +32,7 @@ struct RULE_DATA {
     std::vector<RULE_PROPERTY> properties;   // sorted by name
     std::vector<RULE_ORIGIN const *> rules;  // those that took part, the weakest first
 
-    RULE_PROPERTY const *find(QString const &name) const;
+    BUILD_HOST_API RULE_PROPERTY const *find(QString const &name) const;
 
     // What planning has asked for; kept by the store.
     mutable std::vector<QString> read;
@@ -65,7 +65,7 @@ public:
     std::uint64_t end_planning();
     // What all planning has read of the rules for `path`, as a number. One thread.
     std::uint64_t planning_signature(LOGICAL_PATH const &path);
-    // The rules behind that number and behind end_planning, for people.
+    // The rules behind that number, and the global ones that planning has read, for people.
     std::vector<RULE_DATA const *> planning_rules(LOGICAL_PATH const &path);
 
 private:

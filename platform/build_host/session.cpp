@@ -110,10 +110,10 @@ bool SESSION::open_record()
     return good;
 }
 
-void SESSION::make_plan()
+void SESSION::make_plan(std::vector<PROCESSOR_INTERFACE *> const &processors)
 {
     actions = std::make_unique<PLAN>();
-    ::make_plan(modules.processors(), tree, *rule_files, *actions);
+    ::make_plan(processors, tree, *rule_files, *actions);
     warning_lines += actions->warnings;
 }
 

@@ -25,12 +25,13 @@ public:
     // `folder`: the project's, or empty for the nearest at or above the working directory. `plug_ins`: modules to load,
     // and folders of such.
     bool open(QString const &folder, QStringList const &plug_ins);
-    bool load_plug_ins(QStringList const &plug_ins);  // part of `open`
-    bool list_files();                                // and reads the rules
-    bool take_lock();                                 // of the tree, until the session ends
-    bool open_record();                               // under the lock
-    void make_plan();                                 // list_files has been called
-    void make_state();                                // open_record and make_plan have been called
+    bool load_plug_ins(QStringList const &plug_ins);       // part of `open`
+    bool list_files();                                     // and reads the rules
+    bool take_lock();                                      // of the tree, until the session ends
+    bool open_record();                                    // under the lock
+    void make_plan() { make_plan(modules.processors()); }  // list_files has been called
+    void make_plan(std::vector<PROCESSOR_INTERFACE *> const &processors);
+    void make_state();  // open_record and make_plan have been called
 
     // Takes off the disk what the record says the build wrote, and its rows out of the record. `removed` gets the
     // paths. `only_gone`: only what belongs to actions that are no longer planned; there is a state then.

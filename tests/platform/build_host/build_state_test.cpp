@@ -178,8 +178,8 @@ TEST_F(BUILT_TREE, ADamagedRecordIsBegunAnew)
     ASSERT_TRUE(record.open(QIODevice::ReadWrite));
     QByteArray bytes = record.readAll();
 
-    // A page of a table, and the head of the file.
-    for (int const place : {16384 + 200, 20}) {
+    // The row of the action, at the end of the second page, and the head of the file.
+    for (int const place : {2 * 16384 - 100, 20}) {
         SCOPED_TRACE(place);
         ASSERT_TRUE(record.resize(0) && record.seek(0));
         QByteArray damaged = bytes;
