@@ -1,5 +1,6 @@
 #include "mesh/key_index.h"
 
+#include <algorithm>
 #include <bit>
 #include <random>
 
@@ -40,8 +41,8 @@ void KEY_INDEX::add_block()
 void KEY_INDEX::make_entries(std::uint32_t size)
 {
     entries.reserve(size);
-    for (std::uint32_t i = 0; i < size; ++i)
-        entries.append(ENTRY{0, no_number});
+    entries.count = size;
+    std::fill(entries.begin(), entries.end(), ENTRY{0, no_number});
     mask = size - 1;
 }
 

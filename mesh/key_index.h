@@ -6,6 +6,8 @@
 #include "foundation/dynamic_array.h"
 #include "mesh/vertex_key.h"
 
+#include <algorithm>
+
 namespace VEX2_LOADER {
 
 class KEY_INDEX {
@@ -19,7 +21,7 @@ public:
     // For each i below `count`, in ascending order, one call of either
     //     known(i, number): key i equals that of `number`;
     //     added(i, key): the key is new and got the next number, counted from 0.
-    // `make(i, key)` makes key i; it runs up to 2 * distance steps ahead of the other calls. Where keys do not hold the
+    // `make(i, key)` makes key i; it runs some steps ahead of the other calls. Where keys do not hold the
     // whole vertex, `same_further(i, number)` compares the rest of two vertices with equal keys.
     template <class MAKE, class SAME_FURTHER, class KNOWN, class ADDED>
     void number_keys(unsigned count, MAKE make, SAME_FURTHER same_further, KNOWN known, ADDED added);
@@ -33,7 +35,7 @@ private:
     };
     static constexpr std::uint32_t no_number = 0xffffffff;
     static constexpr unsigned block_size = 1024;  // keys
-    static constexpr unsigned distance = 16;      // steps for which a prefetched line is waited for
+    static constexpr unsigned batch_size = 8;
 
     // (a0 + f0) * (a1 + f1) + (a2 + f2) * (a3 + f3) + ... with random factors: two keys collide with a chance of 2^-32,
     // whatever the data, and as the factors are drawn anew in each process, no file can be made to collide.
@@ -73,40 +75,48 @@ private:
 template <class MAKE, class SAME_FURTHER, class KNOWN, class ADDED>
 void KEY_INDEX::number_keys(unsigned count, MAKE make, SAME_FURTHER same_further, KNOWN known, ADDED added)
 {
-    // Three stages, `distance` keys apart, so that the cache misses of many keys overlap: make the key and ask for its
-    // entry; ask for the key that the entry names; compare.
-    constexpr unsigned ring = 4 * distance;
-    VERTEX_KEY keys[ring];
-    std::uint32_t hashes[ring];
-    for (std::uint64_t step = 0; step < std::uint64_t(count) + 2 * distance; ++step) {
-        if (step < count) {
-            VERTEX_KEY &made = keys[step % ring];
-            make(unsigned(step), made);
-            std::uint32_t const hash = hash_of(made);
-            hashes[step % ring] = hash;
-            __builtin_prefetch(entries.data + (hash & mask));
-        }
-        if (step - distance < count) {
-            std::uint32_t const number = entries.data[hashes[(step - distance) % ring] & mask].number;
-            if (number != no_number)
-                __builtin_prefetch(&key(number));
-        }
-        if (step - 2 * distance >= count)
-            continue;
-
-        unsigned const i = unsigned(step - 2 * distance);
-        VERTEX_KEY const &sought = keys[i % ring];
-        std::uint32_t const hash = hashes[i % ring];
-        for (std::uint32_t place = hash & mask;; place = (place + 1) & mask) {
-            ENTRY &entry = entries.data[place];
-            if (entry.number == no_number) {
-                add(sought, entry, hash);
-                added(i, sought);
-                break;
+    // Three stages, a batch of keys apart, so that the cache misses of a batch overlap and have arrived when they are
+    // needed: make the keys and ask for their entries; ask for the keys that the entries name; compare.
+    VERTEX_KEY keys[3][batch_size];
+    std::uint32_t hashes[3][batch_size];
+    std::uint64_t const batch_count = (std::uint64_t(count) + batch_size - 1) / batch_size;
+    auto const size_of = [count](std::uint64_t batch) {
+        return unsigned(std::min<std::uint64_t>(batch_size, count - batch * batch_size));
+    };
+    for (std::uint64_t batch = 0; batch < batch_count + 2; ++batch) {
+        if (batch < batch_count) {
+            VERTEX_KEY *const made = keys[batch % 3];
+            for (unsigned k = 0; k < size_of(batch); ++k)
+                make(unsigned(batch * batch_size + k), made[k]);
+            for (unsigned k = 0; k < size_of(batch); ++k) {
+                hashes[batch % 3][k] = hash_of(made[k]);
+                __builtin_prefetch(entries.data + (hashes[batch % 3][k] & mask));
             }
-            if (entry.hash == hash && key(entry.number) == sought && same_further(i, entry.number)) {
-                known(i, entry.number);
-                break;
+        }
+        if (batch - 1 < batch_count) {
+            for (unsigned k = 0; k < size_of(batch - 1); ++k) {
+                std::uint32_t const number = entries.data[hashes[(batch - 1) % 3][k] & mask].number;
+                if (number != no_number)
+                    __builtin_prefetch(&key(number));
+            }
+        }
+        if (batch - 2 >= batch_count)
+            continue;
+        for (unsigned k = 0; k < size_of(batch - 2); ++k) {
+            unsigned const i = unsigned((batch - 2) * batch_size + k);
+            VERTEX_KEY const &sought = keys[(batch - 2) % 3][k];
+            std::uint32_t const hash = hashes[(batch - 2) % 3][k];
+            for (std::uint32_t place = hash & mask;; place = (place + 1) & mask) {
+                ENTRY &entry = entries.data[place];
+                if (entry.number == no_number) {
+                    add(sought, entry, hash);
+                    added(i, sought);
+                    break;
+                }
+                if (entry.hash == hash && key(entry.number) == sought && same_further(i, entry.number)) {
+                    known(i, entry.number);
+                    break;
+                }
             }
         }
     }

@@ -125,13 +125,8 @@ void generate_for_mesh(VEX2 const &scene, MESH &mesh, std::uint32_t mesh_index, 
     std::uint32_t used_count = 0;
     KN::DynamicArray<std::uint32_t> const remap = number_used_vertices(users, mesh.vertices.count, used_count);
     if (used_count < mesh.vertices.count) {
-        for (std::uint32_t i = 0; i < remap.count; ++i)
-            if (remap[i] != unused_vertex && remap[i] != i) {
-                mesh.vertices[remap[i]] = std::move(mesh.vertices[i]);
-                positions[remap[i]] = positions[i];
-            }
-        mesh.vertices.resize(used_count);
-        positions.resize(used_count);
+        keep_numbered(mesh.vertices, remap, used_count);
+        keep_numbered(positions, remap, used_count);
         for (POLYGON_SETS *of_user : users)
             renumber(*of_user, remap);
     }

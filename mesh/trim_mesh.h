@@ -27,6 +27,16 @@ constexpr std::uint32_t unused_vertex = 0xffffffff;
 KN::DynamicArray<std::uint32_t> number_used_vertices(KN::DynamicArray<POLYGON_SETS *> const &users,
                                                      std::uint32_t vertex_count, std::uint32_t &used_count);
 
+// Moves every element that has a number to the place of that number; `count` have one, and they ascend.
+template <class T>
+void keep_numbered(KN::DynamicArray<T> &elements, KN::DynamicArray<std::uint32_t> const &remap, std::uint32_t count)
+{
+    for (std::uint32_t i = 0; i < remap.count; ++i)
+        if (remap[i] != unused_vertex && remap[i] != i)
+            elements[remap[i]] = std::move(elements[i]);
+    elements.resize(count);
+}
+
 // Every index below remap.count becomes its entry; others stay.
 void renumber(POLYGON_SETS &sections, KN::DynamicArray<std::uint32_t> const &remap);
 

@@ -40,8 +40,5 @@ double seconds_of(WORK work)
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-inline double median(std::vector<double> times)
-{
-    std::nth_element(times.begin(), times.begin() + long(times.size() / 2), times.end());
-    return times[times.size() / 2];
-}
+// The least of several times: what the work takes when nothing disturbs it.
+inline double least(std::vector<double> const &times) { return *std::min_element(times.begin(), times.end()); }
