@@ -33,13 +33,17 @@ public:
     T *allocate(std::size_t number)
     {
         static_assert(std::is_trivially_destructible_v<T> && alignof(T) <= 16);
-        std::size_t const size = (number * sizeof(T) + 15) & ~std::size_t(15);
-        if (size > left)
+        std::size_t const gap = -reinterpret_cast<std::uintptr_t>(cursor) & (alignof(T) - 1);
+        std::size_t size = gap + number * sizeof(T);
+        unsigned char *place = cursor + gap;
+        if (size > left) [[unlikely]] {
+            size = number * sizeof(T);
             add_block(size);
-        T *const place = reinterpret_cast<T *>(cursor);
+            place = cursor;
+        }
         cursor += size;
         left -= size;
-        return place;
+        return reinterpret_cast<T *>(place);
     }
 
     // The next block holds at least `bytes`: for a caller that knows what is coming.

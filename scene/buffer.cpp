@@ -62,8 +62,16 @@ void VEX2_READ_BUFFER::add_place(KN::String const &where)
     constexpr std::size_t longest_place = 120;  // nested maps would make one of thousands of names
     if (place.size() > longest_place)
         return;
-    bool const dot = !place.empty() && place[0] != '[';
-    place = KN::String(where + (dot ? "." : "") + place);
+    if (!place.empty() && place[0] != '[')
+        place.insert(0, 1, '.');
+    place.insert(0, where);
+}
+
+void VEX2_READ_BUFFER::add_index(std::uint32_t index)
+{
+    KN::String where = "[";
+    where += std::to_string(index) + "]";
+    add_place(where);
 }
 
 void VEX2_READ_BUFFER::add_chunk(KN::String const &where) { chunk = where; }
@@ -80,6 +88,12 @@ KN::String VEX2_READ_BUFFER::fault_text() const
 bool VEX2_READ_BUFFER::fail_short(std::uint64_t wanted)
 {
     return fail_here(std::to_string(wanted) + " bytes are needed, " + std::to_string(left()) + " are left");
+}
+
+bool VEX2_READ_BUFFER::fail_count(std::uint32_t count)
+{
+    return fail_here(KN::String("a count of ") + std::to_string(count) + " with " + std::to_string(left()) +
+                     " bytes left");
 }
 
 bool VEX2_READ_BUFFER::fail_charge()

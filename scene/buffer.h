@@ -45,12 +45,15 @@ public:
     // A reader on the way out of a fault adds where it stood, the innermost first: a field's name, or "[n]". The chunk
     // comes last.
     void add_place(KN::String const &where);
+    void add_index(std::uint32_t index);
     void add_chunk(KN::String const &where);
     // The fault with the places in front.
     KN::String fault_text() const;
 
     // fail_here() for `wanted` bytes that are not there.
     bool fail_short(std::uint64_t wanted);
+    // fail_here() for `count` elements for which there are too few.
+    bool fail_count(std::uint32_t count);
     // Counts memory that the load is about to use beyond the bytes it copies; false, with a fault, if that is more than
     // the input allows.
     bool charge(std::uint64_t bytes)

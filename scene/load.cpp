@@ -202,6 +202,22 @@ private:
     float version = 0;
 };
 
+// Whether all corners are below `count`, itself below 2^31. With corners below 2^31 too, corner - count is negative for
+// those in range only; both is seen from the top bits, without a comparison for each.
+bool all_below(KN::DynamicArray<VEX2_TRIANGLE> const &triangles, std::uint32_t count)
+{
+    std::uint32_t const *const corners = reinterpret_cast<std::uint32_t const *>(triangles.data);
+    std::size_t const corner_count = std::size_t(triangles.count) * 3;
+    std::uint32_t any_bits = 0;
+    std::uint32_t common_bits = ~0u;
+    for (std::size_t i = 0; i < corner_count; ++i) {
+        any_bits |= corners[i];
+        common_bits &= corners[i] - count;
+    }
+    constexpr std::uint32_t top_bit = 1u << 31;
+    return !(any_bits & top_bit) && (common_bits & top_bit);
+}
+
 // What others will index with, tested once.
 class INDEX_CHECK {
 public:
@@ -239,12 +255,13 @@ private:
     {
         std::uint32_t const count = mesh.vertex_count();
         for (VEX2_POLYGON_SET const &section : mesh.sections) {
+            if (all_below(section.triangles, count))
+                continue;
             std::uint32_t highest = 0;
             for (VEX2_TRIANGLE const &triangle : section.triangles)
                 for (std::uint32_t corner : triangle.vertices)
                     highest = std::max(highest, corner);
-            if (highest >= count && !section.triangles.empty())
-                return fail(chunk, "mesh", number, mesh.name, "a triangle's vertex", highest, count);
+            return fail(chunk, "mesh", number, mesh.name, "a triangle's vertex", highest, count);
         }
         return true;
     }

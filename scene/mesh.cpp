@@ -66,13 +66,28 @@ std::uint32_t VEX2_MESH::triangle_count() const
     return count;
 }
 
+// The hot loop of a load: everything but the faults is inlined, and the cursor stays in registers.
+template <class VERTEX>
+[[gnu::flatten]] static bool read_plain_vertices(VEX2_READ_BUFFER &buffer, float version, KN::Arena &blocks,
+                                                 KN::DynamicArray<VERTEX> &vertices)
+{
+    LOCAL_SOURCE source(buffer);
+    READ_STATE<LOCAL_SOURCE> state{source, version, &blocks};
+    if (!read_array(state, vertices))
+        return false;
+    source.give_back();
+    return true;
+}
+
 template <class VERTEX>
 bool VEX2_MESH_OF<VERTEX>::read_vertices(VEX2_READ_BUFFER &buffer, float version)
 {
     vertices.clear();
     blocks = KN::Arena();
-    READ_STATE state{buffer, version, &blocks};
-    return read_array(state, vertices);
+    if constexpr (std::is_base_of_v<VEX2_VERTEX, VERTEX>)
+        return read_plain_vertices(buffer, version, blocks, vertices);
+    else
+        return read_record(buffer, version, vertices);
 }
 
 template <class VERTEX>

@@ -1,5 +1,7 @@
 // Reading: the visitor that fills a record from a buffer. Everything is bounded by the end of the buffer; a count is
 // compared with the bytes left before memory is taken for it. The first fault ends the record and all around it.
+//
+// SOURCE is the buffer itself, or a LOCAL_SOURCE on it for loops over many small records.
 #pragma once
 
 #include "foundation/arena.h"
@@ -9,16 +11,36 @@
 
 namespace VEX2_LOADER {
 
-struct READ_STATE {
+// A copy of a buffer's cursor that a loop can keep in registers: nothing here hands out its own address. The buffer's
+// cursor stands still until `give_back`, so records that read themselves from the buffer have no place in such a loop.
+class LOCAL_SOURCE : public KN::MemBuffer {
+public:
+    explicit LOCAL_SOURCE(VEX2_READ_BUFFER &source) : KN::MemBuffer(source), buffer(source) {}
+
+    void give_back() { buffer.cursor = cursor; }
+    bool fail_here(KN::String const &what) { return give_back(), buffer.fail_here(what); }
+    bool fail_short(std::uint64_t wanted) { return give_back(), buffer.fail_short(wanted); }
+    bool fail_count(std::uint32_t count) { return give_back(), buffer.fail_count(count); }
+    bool charge(std::uint64_t bytes) { return buffer.charge(bytes) || (give_back(), false); }
+    void add_place(char const *where) { buffer.add_place(where); }
+    void add_index(std::uint32_t index) { buffer.add_index(index); }
+
+private:
     VEX2_READ_BUFFER &buffer;
+};
+
+template <class SOURCE>
+struct READ_STATE {
+    SOURCE &buffer;
     float version;
     KN::Arena *blocks = nullptr;  // where small arrays go; null: each has a block of its own
 };
 
-template <class T>
-bool read_item(READ_STATE &state, T &item);
+template <class SOURCE, class T>
+bool read_item(READ_STATE<SOURCE> &state, T &item);
 
-inline bool read_bytes(VEX2_READ_BUFFER &buffer, void *target, std::size_t size)
+template <class SOURCE>
+bool read_bytes(SOURCE &buffer, void *target, std::size_t size)
 {
     if (size > buffer.left())
         return buffer.fail_short(size);
@@ -42,13 +64,16 @@ inline bool read_string(VEX2_READ_BUFFER &buffer, KN::UniString &text)
     return true;
 }
 
-template <class T>
-bool read_elements_as_is(READ_STATE &state, KN::DynamicArray<T> &array, std::uint32_t count)
+template <class SOURCE, class T>
+bool read_elements_as_is(READ_STATE<SOURCE> &state, KN::DynamicArray<T> &array, std::uint32_t count)
 {
     std::size_t const size = std::size_t(count) * sizeof(T);
     if (state.blocks) {
-        T *const place = state.blocks->allocate<T>(count);
-        std::memcpy(static_cast<void *>(place), state.buffer.cursor, size);
+        T *const place = state.blocks->template allocate<T>(count);
+        if (count == 1)  // the usual number, worth a copy of fixed size
+            std::memcpy(static_cast<void *>(place), state.buffer.cursor, sizeof(T));
+        else
+            std::memcpy(static_cast<void *>(place), state.buffer.cursor, size);
         array.borrow(place, count);
     } else {
         array.assign_bytes(state.buffer.cursor, count);
@@ -57,10 +82,10 @@ bool read_elements_as_is(READ_STATE &state, KN::DynamicArray<T> &array, std::uin
     return true;
 }
 
-template <class T>
-bool read_array(READ_STATE &state, KN::DynamicArray<T> &array)
+template <class SOURCE, class T>
+bool read_array(READ_STATE<SOURCE> &state, KN::DynamicArray<T> &array)
 {
-    VEX2_READ_BUFFER &buffer = state.buffer;
+    SOURCE &buffer = state.buffer;
     array.clear();
     std::uint32_t count = 0;
     if (!read_bytes(buffer, &count, sizeof count))
@@ -68,8 +93,7 @@ bool read_array(READ_STATE &state, KN::DynamicArray<T> &array)
     if (count == 0)
         return true;
     if (!buffer.take(count, least_size<T>(state.version)))
-        return buffer.fail_here("a count of " + std::to_string(count) + " with " + std::to_string(buffer.left()) +
-                                " bytes left");
+        return buffer.fail_count(count);
     if constexpr (stored_as_is<T>) {
         return read_elements_as_is(state, array, count);
     } else {
@@ -77,7 +101,7 @@ bool read_array(READ_STATE &state, KN::DynamicArray<T> &array)
             return false;
         if constexpr (std::is_trivially_destructible_v<T>) {
             if (state.blocks) {
-                T *const place = state.blocks->allocate<T>(count);
+                T *const place = state.blocks->template allocate<T>(count);
                 for (std::uint32_t i = 0; i < count; ++i)
                     new (place + i) T();
                 array.borrow(place, count);
@@ -88,7 +112,7 @@ bool read_array(READ_STATE &state, KN::DynamicArray<T> &array)
         for (std::uint32_t i = 0; i < count; ++i) {
             T &item = i < array.count ? array[i] : array.append();
             if (!read_item(state, item)) {
-                buffer.add_place("[" + std::to_string(i) + "]");
+                buffer.add_index(i);
                 return false;
             }
         }
@@ -111,7 +135,7 @@ BASE *make_record(VEX2_READ_BUFFER &buffer, std::uint32_t subtype)
 }
 
 template <class T>
-bool read_optional(READ_STATE &state, VEX2_OWNED<T> &item)
+bool read_optional(READ_STATE<VEX2_READ_BUFFER> &state, VEX2_OWNED<T> &item)
 {
     item = nullptr;
     std::uint32_t present = 0;
@@ -137,10 +161,10 @@ bool read_optional(READ_STATE &state, VEX2_OWNED<T> &item)
     }
 }
 
-template <class T>
+template <class SOURCE, class T>
 class RECORD_READER {
 public:
-    RECORD_READER(READ_STATE &read_state, T &record) : state(read_state), self(record) {}
+    RECORD_READER(READ_STATE<SOURCE> &read_state, T &record) : state(read_state), self(record) {}
 
     template <class C, class M>
     void operator()(char const *name, M C::*member)
@@ -198,17 +222,17 @@ private:
         state.buffer.add_place(name);
     }
 
-    READ_STATE &state;
+    READ_STATE<SOURCE> &state;
     T &self;
 };
 
-template <class T>
-bool read_item(READ_STATE &state, T &item)
+template <class SOURCE, class T>
+bool read_item(READ_STATE<SOURCE> &state, T &item)
 {
     if constexpr (stored_as_is<T>) {
         return read_bytes(state.buffer, &item, sizeof item);
     } else if constexpr (RECORD<T>) {
-        RECORD_READER<T> reader(state, item);
+        RECORD_READER<SOURCE, T> reader(state, item);
         T::fields(reader);
         return reader.good;
     } else if constexpr (std::is_array_v<T>) {
@@ -234,7 +258,7 @@ bool read_item(READ_STATE &state, T &item)
 template <class T>
 bool read_record(VEX2_READ_BUFFER &buffer, float version, T &record)
 {
-    READ_STATE state{buffer, version};
+    READ_STATE<VEX2_READ_BUFFER> state{buffer, version};
     return read_item(state, record);
 }
 
