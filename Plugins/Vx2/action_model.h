@@ -27,13 +27,14 @@ public:
     // The folder where the model ends up if its own target is a temporary file.
     VX2_EXPORT void set_final_target_path(PHYSICAL_PATH const &folder);
 
+    LOGICAL_PATH const texture_folder;
+    QString const animation_type;  // empty: not animated
+    bool const single_lod;
+
 private:
     QString final_folder() const;
     PHYSICAL_PATH description_path() const;
 
-    LOGICAL_PATH texture_folder;
-    QString animation_type;  // empty: not animated
     PHYSICAL_PATH final_target_path;
-    bool single_lod;
     VEX2_LOADER::VEX2 *&scene_slot;
 };

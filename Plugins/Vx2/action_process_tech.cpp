@@ -14,7 +14,7 @@
 
 ACTION_PROCESS_TECH::ACTION_PROCESS_TECH(VEX2_LOADER::VEX2 *&shared_scene, PHYSICAL_PATH const &physical,
                                          PROCESSOR_INTERFACE *processor, float radius, QString const &target_folder)
-    : ACTION_TDB(processor), scene(shared_scene), source(physical), incendiary_radius(radius),
+    : ACTION_TDB(processor), incendiary_radius(radius), scene(shared_scene), source(physical),
       design_folder(QStringLiteral("CorvaneDesignData")), folder(target_folder),
       stem(physical.section('/', -1).section('.', 0, -2))
 {

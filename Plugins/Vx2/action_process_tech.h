@@ -23,13 +23,14 @@ public:
                             FILE_TABLE const &files, RULE_CACHE const &rules) const override;
     STATUS run(FILE_TABLE const &files, RULE_CACHE const &rules) override;
 
+    float const incendiary_radius;  // metres
+
 private:
     void merge_tech_vertices();
     bool enter_fragment(KN_STD::SET<KN::String> const &references, FILE_TABLE const &files, RULE_CACHE const &rules);
 
     VEX2_LOADER::VEX2 *&scene;
     PHYSICAL_PATH source;
-    float incendiary_radius;
     QString design_folder;
     QString folder;
     QString stem;  // of the source, all but its last "."-section

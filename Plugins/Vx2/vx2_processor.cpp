@@ -5,6 +5,8 @@
 #include "Plugins/Vx2/action_model.h"
 #include "Plugins/Vx2/action_prepare_vex2.h"
 #include "Plugins/Vx2/action_process_tech.h"
+#include "Plugins/Vx2/action_remove_rigid_lods.h"
+#include "Plugins/Vx2/database_rows.h"
 #include "Plugins/Vx2/host/action_error.h"
 #include "Plugins/Vx2/rigid_rule.h"
 #include "Plugins/Vx2/rule_reading.h"
@@ -206,6 +208,24 @@ void VX2_PROCESSOR::plan_database(PLANNING &planning, SCENE_FILE const &file, RI
     }
     waiting_actions.clear();
     planning.result += db_actions;
+}
+
+void VX2_PROCESSOR::add_database_actions(QString const &db_path, QString const &texture_path, bool animated,
+                                         QString const &category, bool enabled, QVector<ACTION_INTERFACE *> &actions,
+                                         FILE_TABLE const &files)
+{
+    // Up to the first dot, while tech files are named up to the last one.
+    QString const key = db_path.section('/', -1).section('.', 0, 0).toLower();
+    create_db_actions(model_tables({key, db_path, texture_path, category, animated, enabled}), key, enabled, actions,
+                      files, true);
+    if (enabled)
+        return;
+    auto *const remove = new ACTION_REMOVE_RIGID_LODS(key, this);
+    actions.append(remove);
+    if (actions[0] != remove) {
+        actions[0]->add_dependency(remove, false);
+        actions[0]->pull(remove);
+    }
 }
 
 void VX2_PROCESSOR::plan_generic_mesh(PLANNING &planning, SCENE_FILE const &file)

@@ -68,17 +68,13 @@ private:
     QString waiting_key;  // that of waiting_actions
 };
 
-// Found through Qt's plug-in loader. Nobody deletes a plug-in through this face, hence no destructor.
-#if defined(__GNUC__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-#endif
+// Found through Qt's plug-in loader, and never deleted through this face.
 class PLUGIN_INTERFACE {
 public:
     // New processors on each call; they belong to the caller.
     virtual QVector<PROCESSOR_INTERFACE *> get_processors() = 0;
+
+protected:
+    ~PLUGIN_INTERFACE() = default;
 };
-#if defined(__GNUC__)
-#pragma GCC diagnostic pop
-#endif
 Q_DECLARE_INTERFACE(PLUGIN_INTERFACE, "PLUGIN_INTERFACE")
