@@ -46,7 +46,14 @@ ACTION_OUTPUT_SCOPE::~ACTION_OUTPUT_SCOPE()
     KN::set_thread_message_sink(sink_before);
 }
 
-ACTION_INTERFACE::~ACTION_INTERFACE() = default;
+// An action that was run without the host may still be the sink of this thread.
+ACTION_INTERFACE::~ACTION_INTERFACE()
+{
+    if (thread_sink.action == this) {
+        thread_sink.action = nullptr;
+        KN::set_thread_message_sink(nullptr);
+    }
+}
 
 void ACTION_INTERFACE::abort() { std::atomic_ref(abort_wanted).store(1, std::memory_order_relaxed); }
 

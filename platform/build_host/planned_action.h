@@ -20,7 +20,8 @@ struct PLANNED_ACTION {
     // that planning read for the sources, the declared files, the error, the database rows and other actions that this
     // one pulls.
     std::uint64_t signature = 0;
-    // Writes at least one file that is not its own source. An action without products is never out of date by itself.
+    // Writes at least one file that is not its own source. An action without products is never out of date by
+    // itself: others bring it in, or a run that was broken off owes it.
     bool has_products = false;
 
     // The first target that is not a source; null if there is none.

@@ -132,7 +132,7 @@ TEST(ActionConvert, RunMakesTheFolderAndEntersTheTarget)
 
     CONVERTER wrong(action);
     wrong.set_error("No target path");
-    EXPECT_EQ(wrong.run(tree.files.table, tree.rule_cache), ACTION_INTERFACE::FAILED);
+    EXPECT_EQ(static_cast<ACTION_INTERFACE &>(wrong).run(tree.files.table, tree.rule_cache), ACTION_INTERFACE::FAILED);
     ASSERT_EQ(wrong.lines().size(), 1);
     EXPECT_EQ(wrong.lines()[0].text, "No target path");
     EXPECT_FALSE(KN::exists(folder + "/working_data"));
@@ -190,10 +190,14 @@ TEST(DatabaseActions, FaultsOfTheDatabaseFailThem)
         return run_plan(plan, choose_actions(plan, state), tree.files, tree.rules,
                         {.jobs = 1, .keep_going = true, .interrupted = {}}, state, nullptr);
     };
-    EXPECT_EQ(run().failed, 2);  // no database at all: the removal, and then no rows
+    ACTION_INTERFACE const &removal = *plan.actions[3].action, &main_row = *plan.actions[1].action;
+    EXPECT_EQ(run().statuses[3], ACTION_INTERFACE::FAILED);
+    EXPECT_EQ(removal.lines()[0].text, "there is no asset database to write to");
     STORE_SCOPE const scope(store);
-    EXPECT_EQ(run().failed, 1);
-    EXPECT_EQ(plan.actions[1].action->lines().last().text, "full");
+    RUN_RESULT const result = run();
+    EXPECT_EQ(result.statuses[3], ACTION_INTERFACE::DONE);
+    EXPECT_EQ(main_row.lines()[0].text, "full");
+    EXPECT_EQ(result.left_out, 1);  // the second table
 }
 
 // Rows have no files of their own, so the model's signature has to tell when they change.

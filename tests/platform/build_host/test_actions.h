@@ -57,12 +57,14 @@ private:
 // Says what is stale as the test has it, and notes in which order actions began and ended.
 class MEMORY_STATE : public RUN_STATE {
 public:
-    // Names of stale actions; "*" stands for all.
+    // Names of stale actions; "*" stands for all that have products.
     explicit MEMORY_STATE(QStringList const &names = {"*"}) : stale(names) {}
 
     QString stale_reason(PLANNED_ACTION const &planned) override
     {
-        return stale.contains("*") || stale.contains(planned.action->get_name(false)) ? "changed" : "";
+        return (planned.has_products && stale.contains("*")) || stale.contains(planned.action->get_name(false))
+                   ? "changed"
+                   : "";
     }
     bool run_begins(QVector<PLANNED_ACTION const *> const &) override { return true; }
     void action_begins(PLANNED_ACTION const &planned) override { note("+", planned); }
