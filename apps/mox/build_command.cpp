@@ -1,5 +1,6 @@
 #include "apps/mox/commands.h"
 #include "apps/mox/display.h"
+#include "apps/mox/graph_scope.h"
 #include "platform/build_host/interrupt.h"
 #include "platform/build_host/session.h"
 
@@ -36,6 +37,7 @@ int build_command(OPTIONS const &options)
         return code;
     if (!session.take_lock() || !session.open_record() || !session.list_files())
         return print_faults(session);
+    GRAPH_SCOPE const graph(session);
     session.make_plan();
     session.make_state();
     print_warnings(session, options);

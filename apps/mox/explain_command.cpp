@@ -1,4 +1,5 @@
 #include "apps/mox/commands.h"
+#include "apps/mox/graph_scope.h"
 #include "platform/build_host/session.h"
 
 namespace {
@@ -75,6 +76,7 @@ int explain_command(OPTIONS const &options)
         return code;
     if (!session.take_lock() || !session.open_record() || !session.list_files())
         return print_faults(session);
+    GRAPH_SCOPE const graph(session);
     session.make_plan();
     session.make_state();
     print_warnings(session, options);

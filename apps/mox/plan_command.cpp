@@ -1,5 +1,6 @@
 #include "Plugins/Vx2/host/action_convert.h"
 #include "apps/mox/commands.h"
+#include "apps/mox/graph_scope.h"
 #include "platform/build_host/session.h"
 
 #include <nlohmann/json.hpp>
@@ -139,6 +140,7 @@ int plan_command(OPTIONS const &options)
         return code;
     if (!session.list_files())
         return print_faults(session);
+    GRAPH_SCOPE const graph(session);
     session.make_plan();
     print_warnings(session, options);
     if (!options.graph_format.empty())
