@@ -154,15 +154,18 @@ INDICES number_kept(INDICES &kept, std::uint32_t vertex_count)
     return remap;
 }
 
+// Asks for the cache lines of an element that is needed soon; any address will do.
+template <class T>
+void fetch(T const *element)
+{
+    for (std::size_t offset = 0; offset < sizeof(T); offset += 64)
+        __builtin_prefetch(reinterpret_cast<char const *>(element) + offset);
+}
+
 // data[i] becomes what data[from[i]] was. `from` names every place once; it is used up.
 template <class VERTEX>
 void permute(VERTEX *data, INDICES &from)
 {
-    auto const fetch = [data](std::uint32_t place) {
-        char const *const bytes = reinterpret_cast<char const *>(data + place);
-        for (std::size_t offset = 0; offset < sizeof(VERTEX) + 63; offset += 64)
-            __builtin_prefetch(bytes + offset, 1);
-    };
     for (std::uint32_t start = 0; start < from.count; ++start) {
         if (from[start] == start)
             continue;
@@ -170,10 +173,10 @@ void permute(VERTEX *data, INDICES &from)
         std::uint32_t place = start;
         std::uint32_t ahead = start;  // on the same cycle, so far in front that what is fetched there arrives in time
         for (int step = 0; step < 12; ++step)
-            fetch(ahead = from[ahead]);
+            fetch(data + (ahead = from[ahead]));
         while (from[place] != start) {
             std::uint32_t const next = from[place];
-            fetch(ahead = from[ahead]);
+            fetch(data + (ahead = from[ahead]));
             data[place] = std::move(data[next]);
             from[place] = place;
             place = next;
@@ -201,7 +204,11 @@ void merge(KN::DynamicArray<VERTEX> &vertices, POLYGON_SETS &sections, DUPLICATE
     INDICES firsts;  // the first vertex of each key, where it has not moved
     VERTEX *const data = vertices.data;
     index.number_keys(
-        vertex_count, [&](std::uint32_t i, VERTEX_KEY &key) { rules.make_key(attributes_of(data[i]), key); },
+        vertex_count,
+        [&](std::uint32_t i, VERTEX_KEY &key) {
+            fetch(data + std::min(i + 24, vertex_count - 1));
+            rules.make_key(attributes_of(data[i]), key);
+        },
         [&](std::uint32_t i, std::uint32_t number) {
             return data[i].uvws.count < 2 ||
                    rules.same_further_sets(attributes_of(data[i]),
