@@ -87,16 +87,19 @@ std::unique_ptr<RULE_DATA> combine(QString const &kind, std::vector<RULE_ENTRY c
     return data;
 }
 
-// What planning got from a rule.
+// What planning got from a rule. Many files share one, so the last result is kept.
 std::uint64_t answers(RULE_DATA const *data)
 {
     if (!data)
         return 0;
-    std::sort(data->read.begin(), data->read.end());
-    std::uint64_t all = 1;
-    for (QString const &name : data->read)
-        all = mix(mix_text(all, name), rule_answer(RULE(data), name));
-    return all;
+    if (data->answered != data->read.size() || data->read.empty()) {
+        std::sort(data->read.begin(), data->read.end());
+        data->answers = mix_text(1, data->kind);
+        for (QString const &name : data->read)
+            data->answers = mix(mix_text(data->answers, name), rule_answer(RULE(data), name));
+        data->answered = data->read.size();
+    }
+    return data->answers;
 }
 
 }  // namespace
@@ -336,7 +339,7 @@ std::uint64_t RULE_STORE::planning_signature(LOGICAL_PATH const &path)
         std::uint64_t matching;
         auto const *const outcome = contents->known_outcome(*rules, path, matching);
         if (outcome)
-            all += mix(mix_text(0, rules->kind), answers(outcome->data.get()));  // a sum: in any order of asking
+            all += answers(outcome->data.get());  // a sum: in any order of asking
     }
     return all;
 }

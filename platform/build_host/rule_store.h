@@ -36,6 +36,8 @@ struct RULE_DATA {
 
     // What planning has asked for; kept by the store.
     mutable std::vector<QString> read;
+    mutable std::size_t answered = 0;  // how many of them `answers` is about
+    mutable std::uint64_t answers = 0;
 };
 
 class BUILD_HOST_API RULE_STORE {
