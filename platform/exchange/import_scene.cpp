@@ -81,6 +81,9 @@ public:
             scene.cameras.append(made);
             place_looking(*made, camera.mName, camera.mPosition, camera.mLookAt, camera.mUp);
             bool const parallel = camera.mOrthographicWidth > 0;
+            float across = camera.mHorizontalFOV;
+            if (source_is(source, "glTF") && camera.mAspect > 0)  // the importer multiplies the upright angle
+                across = 2 * std::atan(camera.mAspect * std::tan(across / camera.mAspect / 2));
             made->kind = parallel ? parallel_camera : perspective_camera;
             made->first_value = constant_channel<VEX2_FLOAT_CHANNEL>(parallel ? float(camera.mOrthographicWidth * unit)
                                                                               : camera.mHorizontalFOV);

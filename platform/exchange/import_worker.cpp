@@ -18,7 +18,7 @@
 #include <assimp/scene.h>
 #include <cstdio>
 #include <exception>
-#include <optional>
+#include <new>
 #include <string_view>
 
 namespace {
@@ -109,6 +109,8 @@ int run_import_worker(int count, char const *const *arguments)
     try {
         return import_into(arguments[0], arguments[1], arguments[2], arguments[3],
                            count > 4 ? KN::String(arguments[4]) : KN::String());
+    } catch (std::bad_alloc const &) {
+        return fail("the import needs more memory than it may have; simplify the model or raise the memory limit");
     } catch (std::exception const &exception) {
         return fail("the importer gave up: " + std::string(exception.what()) + "; export the model again");
     }
