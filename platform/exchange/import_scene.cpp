@@ -85,8 +85,8 @@ public:
             if (source_is(source, "glTF") && camera.mAspect > 0)  // the importer multiplies the upright angle
                 across = 2 * std::atan(camera.mAspect * std::tan(across / camera.mAspect / 2));
             made->kind = parallel ? parallel_camera : perspective_camera;
-            made->first_value = constant_channel<VEX2_FLOAT_CHANNEL>(parallel ? float(camera.mOrthographicWidth * unit)
-                                                                              : camera.mHorizontalFOV);
+            made->first_value =
+                constant_channel<VEX2_FLOAT_CHANNEL>(parallel ? float(camera.mOrthographicWidth * unit) : across);
             made->second_value = constant_channel<VEX2_FLOAT_CHANNEL>(camera.mAspect);
             made->first_range = constant_channel<VEX2_RANGE_CHANNEL>(
                 VEX2_RANGE{float(camera.mClipPlaneNear * unit), float(camera.mClipPlaneFar * unit)});

@@ -61,6 +61,8 @@ int import_into(KN::String const &model, KN::String const &folder, KN::String co
     importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true);
     if (importer.ReadFile(model, aiProcess_Triangulate) == nullptr) {
         KN::String reason(importer.GetErrorString());
+        if (reason.find("bad_alloc") != KN::String::npos)
+            throw std::bad_alloc();
         while (!reason.empty() && (reason.back() == '.' || reason.back() == '\n' || reason.back() == ' '))
             reason.pop_back();
         return fail((reason.empty() ? KN::String("the importer does not understand this file") : reason) +

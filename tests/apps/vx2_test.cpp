@@ -137,14 +137,15 @@ TEST_F(Vx2, ResultsMayTakeTheirSourcesPlace)
     EXPECT_EQ(run("validate a.vx2").code, 0);
 }
 
-TEST_F(Vx2, ValidateFailsOnASceneThatNoConverterCanUse)
+TEST_F(Vx2, ValidateFailsOnATriangleWithoutVertices)
 {
     VEX2 scene;
     KN::String error;
-    scene.hierarchy.add_node(u"child", 1, {});
-    scene.hierarchy.add_node(u"parent", -1, {});
+    VEX2_STATIC_MESH *const mesh = new VEX2_STATIC_MESH;
+    mesh->sections.append().triangles.append();
+    scene.static_meshes.append(mesh);
     ASSERT_TRUE(write_scene(path("b.vx2"), scene, error)) << error;
     RAN const ran = run("validate b.vx2");
     EXPECT_EQ(ran.code, 1);
-    EXPECT_THAT(ran.out + ran.err, HasSubstr("b.vx2"));
+    EXPECT_THAT(ran.out + ran.err, HasSubstr("b.vx2: "));
 }
