@@ -92,7 +92,7 @@ bool read_array(READ_STATE<SOURCE> &state, KN::DynamicArray<T> &array)
         return false;
     if (count == 0)
         return true;
-    if (!buffer.take(count, least_size<T>(state.version)))
+    if (std::uint64_t(count) * least_size<T>(state.version) > buffer.left())  // a u32 times a few bytes
         return buffer.fail_count(count);
     if constexpr (stored_as_is<T>) {
         return read_elements_as_is(state, array, count);
