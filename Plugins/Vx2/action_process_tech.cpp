@@ -11,17 +11,26 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
+#include <QtCore/QStringBuilder>
+
+#include <algorithm>
+
+// The file name without its last "."-section.
+static QString stem_of(PHYSICAL_PATH const &path)
+{
+    int const start = path.lastIndexOf('/') + 1;
+    return path.mid(start, std::max(path.lastIndexOf('.') - start, 0));
+}
 
 ACTION_PROCESS_TECH::ACTION_PROCESS_TECH(VEX2_LOADER::VEX2 *&shared_scene, PHYSICAL_PATH const &physical,
                                          PROCESSOR_INTERFACE *processor, float radius, QString const &target_folder)
     : ACTION_TDB(processor), incendiary_radius(radius), scene(shared_scene), source(physical),
-      design_folder(QStringLiteral("CorvaneDesignData")), folder(target_folder),
-      stem(physical.section('/', -1).section('.', 0, -2))
+      design_folder(QStringLiteral("CorvaneDesignData")), folder(target_folder), stem(stem_of(physical))
 {
-    QString const target = PATHS::target_working_data(source) + "/" + folder + "/" + stem;
-    parsed_path = PHYSICAL_PATH(target + "_tech.vx2.parsed");
-    old_source_path = PHYSICAL_PATH(PATHS::raw_data() + "/" + design_folder + "/" + stem + "_tech.vx2");
-    agf_path = PHYSICAL_PATH(target + "_tech.agf");
+    QString const target = PATHS::target_working_data(source) % '/' % folder % '/' % stem;
+    parsed_path = PHYSICAL_PATH(target % "_tech.vx2.parsed");
+    old_source_path = PHYSICAL_PATH(PATHS::raw_data() % '/' % design_folder % '/' % stem % "_tech.vx2");
+    agf_path = PHYSICAL_PATH(target % "_tech.agf");
     set_progress_max(1000);
 }
 

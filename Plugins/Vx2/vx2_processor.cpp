@@ -11,6 +11,8 @@
 #include "Plugins/Vx2/rigid_rule.h"
 #include "Plugins/Vx2/rule_reading.h"
 
+#include <QtCore/QStringBuilder>
+
 #include <optional>
 
 // One call of plan_actions.
@@ -95,7 +97,7 @@ static void set_target_from_rule(ACTION_CONVERT &action, RULE const &rule, QStri
 {
     QString const property = QStringLiteral("TargetPath");
     if (!rule.value(property).isNull())
-        action.set_target_path(working_root + "/" +
+        action.set_target_path(working_root % '/' %
                                PATHS::relative_target_path_from_rule_path(rule, property, logical, physical));
     else if (!optional)
         action.set_error(QStringLiteral("No target path has been specified in the rule!"));
@@ -113,13 +115,13 @@ void VX2_PROCESSOR::plan_rigid_model(PLANNING &planning, SCENE_FILE const &file)
     RIGID_PLAN plan{rule, settings, file.relative_folder(rule, QStringLiteral("TargetPath")), {}, {}};
     if (settings.has_textures) {
         plan.texture_path = file.relative_folder(rule, QStringLiteral("TextureFolder")) + settings.texture_sub_folder;
-        plan.texture_logical = LOGICAL_PATH("<working>/" + plan.texture_path.toLower());
+        plan.texture_logical = LOGICAL_PATH("<working>/" % plan.texture_path.toLower());
     }
 
     if (settings.has_reference_pose) {
         auto *const pose =
             new ACTION_ANIMATION(file.physical, this, settings.animation_type, QString(), QString(), 0.0f, true, true);
-        pose->set_target_path(file.working_root + "/" + plan.target_folder + settings.reference_pose_folder);
+        pose->set_target_path(file.working_root % '/' % plan.target_folder % settings.reference_pose_folder);
         planning.result.append(pose);
     }
 
@@ -195,8 +197,9 @@ void VX2_PROCESSOR::plan_database(PLANNING &planning, SCENE_FILE const &file, RI
         db_actions.append(error);
     } else {
         // Stem and extension stand already, though the model has not got its folder yet.
-        QString const file_name = model.get_target().section('/', -1);
-        add_database_actions(plan.target_folder + "/" + file_name, plan.texture_path,
+        QString const target = model.get_target();
+        QString const file_name = target.mid(target.lastIndexOf('/') + 1);
+        add_database_actions(plan.target_folder % '/' % file_name, plan.texture_path,
                              !plan.settings.animation_type.isEmpty(), plan.settings.category, planning.patching_enabled,
                              db_actions, planning.files);
     }
@@ -215,7 +218,8 @@ void VX2_PROCESSOR::add_database_actions(QString const &db_path, QString const &
                                          FILE_TABLE const &files)
 {
     // Up to the first dot, while tech files are named up to the last one.
-    QString const key = db_path.section('/', -1).section('.', 0, 0).toLower();
+    QString const file_name = db_path.mid(db_path.lastIndexOf('/') + 1);
+    QString const key = file_name.left(file_name.indexOf('.')).toLower();
     create_db_actions(model_tables({key, db_path, texture_path, category, animated, enabled}), key, enabled, actions,
                       files, true);
     if (enabled)
