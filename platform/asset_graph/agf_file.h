@@ -13,10 +13,10 @@ namespace QTSHARED {
 inline constexpr int largest_agf = 16 << 20;  // bytes
 
 // In the order of the ids; the same fragments give the same bytes.
-QByteArray agf_bytes(QMap<QString, ASSET_FRAGMENT> const &fragments);
+ASSET_GRAPH_API QByteArray agf_bytes(QMap<QString, ASSET_FRAGMENT> const &fragments);
 
 // False, with line and reason in `error`, for bytes that are no such file; at most `largest_agf` and a nesting of 256
 // are read.
-bool read_agf(QByteArray const &bytes, QMap<QString, ASSET_FRAGMENT> &fragments, QString &error);
+ASSET_GRAPH_API bool read_agf(QByteArray const &bytes, QMap<QString, ASSET_FRAGMENT> &fragments, QString &error);
 
 }  // namespace QTSHARED

@@ -1,0 +1,92 @@
+#include "model_scene.h"
+
+#include <gmock/gmock.h>
+
+using namespace TEST_MODEL;
+
+static void add_sheets(VEX2 &scene, std::initializer_list<char16_t const *> names)
+{
+    unsigned side = 2;
+    for (auto const *const name : names)
+        scene.static_meshes.append(sheet<VEX2_STATIC_MESH>(name, side++));
+}
+
+// Triangles of each level, along the nodes that stand for them.
+static std::vector<std::size_t> level_triangles(MODEL const &model)
+{
+    auto const &nodes = model.json["nodes"];
+    std::vector<std::size_t> roots = {model.json["scenes"][0]["nodes"][0]};
+    if (nodes[roots[0]].contains("extensions"))
+        for (auto const &id : nodes[roots[0]]["extensions"]["MSFT_lod"]["ids"])
+            roots.push_back(id);
+    std::vector<std::size_t> triangles;
+    for (std::size_t const root : roots) {
+        triangles.push_back(0);
+        for (auto const &child : nodes[root]["children"])
+            triangles.back() += model.triangles(nodes[child.get<std::size_t>()]["mesh"]);
+    }
+    return triangles;
+}
+
+// A sheet of n x n squares has 2 n n triangles; the sheets have sides of 2, 3, 4, ...
+TEST(Levels, NamesOfMeshesDecide)
+{
+    struct {
+        std::initializer_list<char16_t const *> names;
+        bool single;
+        std::vector<std::size_t> triangles;
+    } const cases[] = {
+        {{u"a", u"b"}, false, {8 + 18}},
+        {{u"a_lod1", u"a_lod0"}, false, {18, 8}},
+        {{u"a_LOD0", u"b_Lod0", u"a_lod2", u"a_lod10"}, false, {8 + 18, 32, 50}},
+        {{u"a_lod0", u"b"}, true, {8 + 18}},
+        {{u"a_lodge", u"lod1", u"a_lod", u"a_lod1x"}, false, {8 + 18 + 32 + 50}},
+    };
+    TREE const tree;
+    for (auto const &c : cases) {
+        VEX2 scene;
+        add_sheets(scene, c.names);
+        ASSERT_TRUE(convert(scene, tree, "models/levels", {c.single, {}, false, ""}));
+        EXPECT_EQ(level_triangles(MODEL(tree, "models/levels")), c.triangles);
+    }
+}
+
+TEST(Levels, AMixtureIsAnErrorThatNamesTheMesh)
+{
+    TREE const tree;
+    LINES lines;
+    VEX2 scene;
+    add_sheets(scene, {u"roof_lod0", u"door", u"roof_lod1"});
+    EXPECT_FALSE(convert(scene, tree, "models/mixed"));
+    ASSERT_EQ(lines.of_level[2].size(), 1u);
+    EXPECT_THAT(lines.of_level[2][0], testing::HasSubstr("'door'"));
+}
+
+TEST(Levels, AModelWithoutLevelsGetsThemByQuality)
+{
+    struct {
+        char const *what;
+        KN_STD::VECTOR<unsigned char> qualities;
+        bool single;
+        std::size_t levels;
+    } const cases[] = {
+        {"two", {50, 10}, false, 3},
+        {"none for a single level", {50, 10}, true, 1},
+        {"until they do not fall", {50, 50, 10}, false, 2},
+        {"nothing left to see", {0}, false, 1},
+    };
+    TREE const tree;
+    for (auto const &c : cases) {
+        SCOPED_TRACE(c.what);
+        VEX2 scene;
+        add_sheets(scene, {u"sheet"});
+        scene.static_meshes.clear();
+        scene.static_meshes.append(sheet<VEX2_STATIC_MESH>(u"sheet", 40));
+        ASSERT_TRUE(convert(scene, tree, "models/made", {c.single, c.qualities, false, ""}));
+        auto const triangles = level_triangles(MODEL(tree, "models/made"));
+        ASSERT_EQ(triangles.size(), c.levels);
+        EXPECT_EQ(triangles[0], 3200u);
+        for (std::size_t i = 1; i < c.levels; ++i)
+            EXPECT_NEAR(double(triangles[i]), 32.0 * c.qualities[i - 1], 60) << i;
+    }
+}
