@@ -6,6 +6,7 @@
 #include "platform/conversion/tga.h"
 
 #include <algorithm>
+#include <mutex>
 #include <stb/stb_image_write.h>
 
 namespace TOOLDATABUILDER {
@@ -119,6 +120,8 @@ KN::String TEXTURE_FILES::make(KN::String const &name)
     KN::String stem = last_section(turned);
     stem = stem.substr(0, stem.rfind('.'));
     KN::String const target = texture_folder + "/" + stem + ".png";
+    static std::mutex one_at_a_time;  // models that share a picture write it once
+    std::lock_guard const guard(one_at_a_time);
     KN::String standing;
     if (read_file(target, standing) && standing == bytes)
         return target;
