@@ -25,7 +25,7 @@ public:
     // Processors plan in ascending order; those of equal priority in the order in which their plug-in gives them. Each
     // sees the targets of those before it as files. 0 unless overridden.
     virtual int priority() const;
-    // Folders, as logical paths, to which the files of this processor are confined; empty: the whole tree.
+    // Folders, as logical paths, in which the files of this processor lie, for people; empty: the whole tree.
     virtual QStringList get_affected_directories() const;
     // Logical paths of files that stand for something not on disk and are to be in the table all the same.
     virtual QStringList get_virtual_files() const;
