@@ -90,39 +90,52 @@ KN::DynamicArray<VEX2_MATRIX> of_all_nodes(VEX2_MATRIX_HIERARCHY const &hierarch
     return matrices;
 }
 
+struct POSE {
+    LANES position = splat(0), normal = splat(0), binormal = splat(0), tangent = splat(0);
+};
+
+// The weighted sums over the influences; of the frames, those of number `frame` (none if the vertex has no local
+// frames).
+POSE gather(VEX2_WEIGHTED_VERTEX const &vertex, std::uint32_t frame, std::uint32_t frame_count,
+            KN::DynamicArray<VEX2_MATRIX_NODE> const &nodes)
+{
+    POSE pose;
+    VEX2_TANGENT_FRAME const *local_frame = vertex.local_frames.data + frame;
+    for (VEX2_INFLUENCE const &influence : vertex.influences) {
+        if (influence.matrix_index < nodes.count) {
+            COLUMNS const matrix(nodes.data[influence.matrix_index].matrix);
+            LANES const weight = splat(influence.weight);
+            pose.position += weight * matrix.point(influence.local_position);
+            pose.normal += weight * matrix.direction(influence.local_normal);
+            if (frame_count != 0) {
+                pose.binormal += weight * matrix.direction(local_frame->binormal);
+                pose.tangent += weight * matrix.direction(local_frame->tangent);
+            }
+        }
+        local_frame += frame_count;
+    }
+    return pose;
+}
+
 void skin_vertex(VEX2_WEIGHTED_VERTEX &vertex, KN::DynamicArray<VEX2_MATRIX_NODE> const &nodes)
 {
-    std::uint32_t const influence_count = vertex.influences.count;
-    std::uint32_t const frame_count = vertex.has_local_frames() ? vertex.frames.count : 0;
-    for (std::uint32_t k = 0; k < frame_count; ++k)
-        vertex.frames.data[k] = {};
-
-    LANES position = splat(0);
-    LANES normal = splat(0);
-    for (std::uint32_t i = 0; i < influence_count; ++i) {
-        VEX2_INFLUENCE const &influence = vertex.influences.data[i];
-        if (influence.matrix_index >= nodes.count)
-            continue;
-        COLUMNS const matrix(nodes.data[influence.matrix_index].matrix);
-        LANES const weight = splat(influence.weight);
-        position += weight * matrix.point(influence.local_position);
-        normal += weight * matrix.direction(influence.local_normal);
-
-        VEX2_TANGENT_FRAME const *const local_frames = vertex.local_frames.data + std::size_t(i) * frame_count;
-        for (std::uint32_t k = 0; k < frame_count; ++k) {
-            VEX2_TANGENT_FRAME &frame = vertex.frames.data[k];
-            frame.binormal = frame.binormal + to_vector(weight * matrix.direction(local_frames[k].binormal));
-            frame.tangent = frame.tangent + to_vector(weight * matrix.direction(local_frames[k].tangent));
-        }
-    }
     constexpr float shortest_frame_vector = 0.01f;  // squared
-    for (std::uint32_t k = 0; k < frame_count; ++k) {
-        normalise(vertex.frames.data[k].binormal, shortest_frame_vector);
-        normalise(vertex.frames.data[k].tangent, shortest_frame_vector);
-    }
-    vertex.normal = to_vector(normal);
-    normalise(vertex.normal, 0);
-    vertex.position = to_vector(position);
+    std::uint32_t const frame_count = vertex.has_local_frames() ? vertex.frames.count : 0;
+    std::uint32_t frame = 0;
+    do {  // one round for a vertex without frames, too
+        POSE const pose = gather(vertex, frame, frame_count, nodes);
+        if (frame == 0) {
+            vertex.position = to_vector(pose.position);
+            vertex.normal = to_vector(pose.normal);
+            normalise(vertex.normal, 0);
+        }
+        if (frame_count != 0) {
+            VEX2_TANGENT_FRAME sum = {to_vector(pose.binormal), to_vector(pose.tangent)};
+            normalise(sum.binormal, shortest_frame_vector);
+            normalise(sum.tangent, shortest_frame_vector);
+            vertex.frames.data[frame] = sum;
+        }
+    } while (++frame < frame_count);
 }
 
 }  // namespace
