@@ -17,12 +17,12 @@ namespace KN {
 
 namespace {
 
-thread_local FileWatch *thread_file_watch = nullptr;
+thread_local FileWatch *current_watch = nullptr;
 
 void tell_watch(String const &disk_name, bool found)
 {
-    if (thread_file_watch != nullptr)
-        thread_file_watch->looked_for(disk_name, found);
+    if (current_watch != nullptr)
+        current_watch->looked_for(disk_name, found);
 }
 
 // The length of the UTF-8 sequence that the units at `place` form when each is taken as a byte; 0 if they form none.
@@ -75,7 +75,8 @@ String disk_path(String const &path)
     return name;
 }
 
-FileWatch *set_thread_file_watch(FileWatch *watch) { return std::exchange(thread_file_watch, watch); }
+FileWatch *set_thread_file_watch(FileWatch *watch) { return std::exchange(current_watch, watch); }
+FileWatch *thread_file_watch() { return current_watch; }
 
 bool exists(String const &path)
 {
@@ -214,6 +215,8 @@ bool FileOut::open(String const &path, bool append, bool)
     close();
     stream = std::fopen(disk_path(path).c_str(), append ? "ab" : "wb");
     error = stream == nullptr ? errno : 0;
+    if (error == 0 && current_watch != nullptr)
+        current_watch->written(disk_path(path));
     return error == 0;
 }
 

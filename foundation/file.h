@@ -20,12 +20,12 @@ FOUNDATION_API bool exists(String const &path);
 // Creates the folder and those above it; true if it stands afterwards.
 FOUNDATION_API bool make_directories(String const &folder);
 
-// Who wants to know which files a thread opens for reading, or asks after, also in vain: a build host, to see what a
-// product depends on.
+// Who wants to know which files a thread opens for reading, or asks after, also in vain, and which it writes: a build
+// host, to see what a product depends on and what came of it. Names are as the system knows them.
 class FileWatch {
 public:
-    // The name as the system knows it; the call comes before the first byte is read.
-    virtual void looked_for(String const &disk_name, bool found) = 0;
+    virtual void looked_for(String const &disk_name, bool found) = 0;  // before the first byte is read
+    virtual void written(String const &disk_name) = 0;  // a finished file stands, or one opens for writing
 
 protected:
     ~FileWatch() = default;
@@ -33,6 +33,7 @@ protected:
 
 // For the calling thread. Gives the watch that stood before; null takes it away. The watch outlives its installation.
 FOUNDATION_API FileWatch *set_thread_file_watch(FileWatch *watch);
+FOUNDATION_API FileWatch *thread_file_watch();
 
 class FOUNDATION_API FileIn {
 public:

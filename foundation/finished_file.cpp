@@ -83,6 +83,8 @@ bool FinishedFile::commit()
         good = fail("cannot be put in place");
     if (!good)
         std::remove(temporary.c_str());
+    else if (FileWatch *const watch = thread_file_watch())
+        watch->written(path);
     return good;
 }
 

@@ -92,11 +92,23 @@ void ACTION_ACCOUNT::file_looked_up(LOGICAL_PATH const &path, bool)
     see(path, entry != nullptr ? QString(entry->physical) : QString(), false);
 }
 
-void ACTION_ACCOUNT::looked_for(KN::String const &disk_name, bool)
+static PHYSICAL_PATH whole_path(KN::String const &disk_name)
 {
     QString const name = QString::fromUtf8(disk_name.data(), int(disk_name.size()));
-    QString const physical = QDir::cleanPath(QDir::current().absoluteFilePath(name));
-    see(PATHS::logical_path(PHYSICAL_PATH(physical)), physical, false);
+    return PHYSICAL_PATH(QDir::cleanPath(QDir::current().absoluteFilePath(name)));
+}
+
+void ACTION_ACCOUNT::looked_for(KN::String const &disk_name, bool)
+{
+    PHYSICAL_PATH const physical = whole_path(disk_name);
+    see(PATHS::logical_path(physical), physical, false);
+}
+
+void ACTION_ACCOUNT::written(KN::String const &disk_name)
+{
+    PHYSICAL_PATH const physical = whole_path(disk_name);
+    FILE_ENTRY const *const entry = table.peek(PATHS::logical_path(physical));
+    bookings.push_back({physical, entry != nullptr && entry->size >= 0, false});
 }
 
 void ACTION_ACCOUNT::rule_asked(LOGICAL_PATH const &path, QString const &kind, RULE const &rule)
@@ -121,7 +133,7 @@ void ACTION_ACCOUNT::property_read(RULE_DATA const &rule, QString const &propert
         asked.push_back({own_source, rule.kind, &rule, {property}});
 }
 
-void ACTION_ACCOUNT::file_booked(PHYSICAL_PATH const &path, bool present) { bookings.push_back({path, present}); }
+void ACTION_ACCOUNT::file_booked(PHYSICAL_PATH const &path, bool present) { bookings.push_back({path, present, true}); }
 void ACTION_ACCOUNT::file_removed(PHYSICAL_PATH const &path) { removals.push_back(path); }
 
 std::vector<RULE_QUESTION> ACTION_ACCOUNT::questions() const

@@ -1,5 +1,5 @@
-// What a running action turns out to depend on: files that it opens or looks up, also in vain, and rule values. Made on
-// the worker's thread right before the action runs; it watches that thread until `stop`.
+// What a running action turns out to depend on, files that it opens or looks up, also in vain, and rule values; and
+// what it leaves behind. Made on the worker's thread right before the action runs; it watches that thread until `stop`.
 #pragma once
 
 #include "foundation/file.h"
@@ -38,7 +38,8 @@ public:
     };
     struct BOOKING {
         PHYSICAL_PATH file;
-        bool stood;  // before the action
+        bool stood;    // before the action
+        bool is_told;  // the action booked it, as against a library that only wrote it
     };
 
     ACTION_ACCOUNT(PLANNED_ACTION const &action, FILE_TABLE const &files);
@@ -49,7 +50,7 @@ public:
 
     std::vector<RULE_QUESTION> questions() const;
     std::unordered_map<std::uint64_t, std::pair<LOGICAL_PATH, FILE>> const &files() const { return seen; }
-    std::vector<BOOKING> const &booked() const { return bookings; }
+    std::vector<BOOKING> const &booked() const { return bookings; }  // and written
     std::vector<PHYSICAL_PATH> const &removed() const { return removals; }
     std::int64_t started() const { return start; }
 
@@ -59,6 +60,7 @@ public:
     void file_booked(PHYSICAL_PATH const &path, bool present) override;
     void file_removed(PHYSICAL_PATH const &path) override;
     void looked_for(KN::String const &disk_name, bool found) override;
+    void written(KN::String const &disk_name) override;
 
 private:
     struct ASKED {

@@ -158,19 +158,34 @@ QString BUILD_STATE::stale_reason(PLANNED_ACTION const &action)
         QString const changed = difference(record.text(row->account), account_of(action));
         return !changed.isEmpty() ? changed : QStringLiteral("its files or the actions that belong to it have changed");
     }
-    for (RECORDED_READING const &reading : row->readings)
-        if (answer_of(reading.question, action) != reading.answer)
-            return reading_reason(reading, action);
-    bool is_touched = false;
-    for (RECORDED_FILE const &file : row->files) {
-        CHANGE const change = change_of(file);
-        if (change == CHANGE::CONTENTS)
-            return file_reason(file);
-        is_touched |= change == CHANGE::TIME;
+    if (QString const reason = input_reason(action, *row); !reason.isEmpty())
+        return reason;
+    // An action without products reads its files for those that use what it holds in memory.
+    for (PLAN_EDGE const &edge : plan.dependencies.of(action.index)) {
+        PLANNED_ACTION const &other = plan.actions[std::size_t(edge.other)];
+        RECORD_ROW const *const held = edge.flag && !other.has_products ? record.find(key(other)) : nullptr;
+        if (QString const reason = held != nullptr ? input_reason(other, *held) : QString(); !reason.isEmpty())
+            return reason;
     }
     for (RECORDED_TARGET const &target : row->targets) {
         if ((target.flags & RECORDED_TARGET::STOOD) != 0 && !stands(target.path))
             return QStringLiteral("%1 is missing").arg(record.text(target.path));
+    }
+    return {};
+}
+
+// Which of the rules and files that an action read has changed; empty if none has.
+QString BUILD_STATE::input_reason(PLANNED_ACTION const &action, RECORD_ROW const &row)
+{
+    for (RECORDED_READING const &reading : row.readings)
+        if (answer_of(reading.question, action) != reading.answer)
+            return reading_reason(reading, action);
+    bool is_touched = false;
+    for (RECORDED_FILE const &file : row.files) {
+        CHANGE const change = change_of(file);
+        if (change == CHANGE::CONTENTS)
+            return file_reason(file);
+        is_touched |= change == CHANGE::TIME;
     }
     if (is_touched)
         touched.push_back(key(action));
@@ -320,8 +335,12 @@ void BUILD_STATE::keep_books(PLANNED_ACTION const &action, ACTION_ACCOUNT const 
     QVector<TARGET_FILE> declared;
     qint64 time = 0;
     action.action->get_affected_files(declared_sources, declared, time, files, rules);
+    std::unordered_set<std::uint64_t> declared_ids;
+    for (TARGET_FILE const &target : declared)
+        declared_ids.insert(text_id(target.logical));
     for (ACTION_ACCOUNT::BOOKING const &booking : account.booked())
-        declared.append({booking.file, PATHS::logical_path(booking.file), false});
+        if (stamp_of(booking.file).size != FILE_STAMP::absent)  // else a scratch file
+            declared.append({booking.file, PATHS::logical_path(booking.file), false});
 
     std::vector<RECORDED_TARGET> targets;
     std::unordered_set<std::uint64_t> own;
@@ -366,9 +385,15 @@ void BUILD_STATE::keep_books(PLANNED_ACTION const &action, ACTION_ACCOUNT const 
     row.readings = readings;
     record.put(key(action), row, texts_of(action));
 
-    for (ACTION_ACCOUNT::BOOKING const &booking : account.booked())
-        if (was_written_since(booking.file, account.started()))
+    // The action books its declared targets itself, if they are to be booked; what a library wrote beside them, it does
+    // not know of.
+    for (ACTION_ACCOUNT::BOOKING const &booking : account.booked()) {
+        LOGICAL_PATH const path = PATHS::logical_path(booking.file);
+        bool const is_product =
+            booking.is_told || (path.startsWith(QLatin1String("<working>/")) && declared_ids.count(text_id(path)) == 0);
+        if (is_product && was_written_since(booking.file, account.started()))
             depot.added(booking.file, booking.stood);
+    }
     for (PHYSICAL_PATH const &file : account.removed())
         depot.removed(file);
 }

@@ -59,6 +59,7 @@ private:
     std::uint64_t key(PLANNED_ACTION const &action) const { return keys[std::size_t(action.index)]; }
     CHANGE change_of(RECORDED_FILE const &file);
     std::uint64_t answer_of(std::uint64_t question, PLANNED_ACTION const &action);
+    QString input_reason(PLANNED_ACTION const &action, RECORD_ROW const &row);
     QString reading_reason(RECORDED_READING const &reading, PLANNED_ACTION const &action) const;
     QString file_reason(RECORDED_FILE const &file) const;
     QString account_of(PLANNED_ACTION const &action) const;

@@ -114,6 +114,7 @@ TEST_F(FileTest, AThreadsWatchHearsOfEveryFileLookedForAlsoInVain)
 {
     struct WATCH final : KN::FileWatch {
         void looked_for(KN::String const &name, bool found) override { heard.emplace_back(name, found); }
+        void written(KN::String const &name) override { heard.emplace_back("written " + name, true); }
         std::vector<std::pair<std::string, bool>> heard;
     } watch;
     std::ofstream(folder / "here") << "1";
@@ -121,10 +122,16 @@ TEST_F(FileTest, AThreadsWatchHearsOfEveryFileLookedForAlsoInVain)
     KN::FileIn().open(path("here"), false);
     KN::MemFileIn().open(path("gone"), false);
     KN::exists(path("sub\\gone"));  // a backslash separates on every system
+    KN::String error;
+    KN::write_finished_file(path("made"), "1", error);
+    KN::FileOut().open(path("open"), false, true);
     EXPECT_EQ(KN::set_thread_file_watch(before), &watch);
     KN::exists(path("here"));
-    std::vector<std::pair<std::string, bool>> const expected = {
-        {path("here"), true}, {path("gone"), false}, {path("sub/gone"), false}};
+    std::vector<std::pair<std::string, bool>> const expected = {{path("here"), true},
+                                                                {path("gone"), false},
+                                                                {path("sub/gone"), false},
+                                                                {"written " + path("made"), true},
+                                                                {"written " + path("open"), true}};
     EXPECT_EQ(watch.heard, expected);
 }
 
