@@ -1,8 +1,9 @@
 #include "Plugins/Vx2/action_animation.h"
 #include "Plugins/Vx2/action_model.h"
 #include "Plugins/Vx2/action_process_tech.h"
-#include "Plugins/Vx2/database_rows.h"
 #include "Plugins/Vx2/host/action_error.h"
+#include "platform/build_host/asset_store.h"
+#include "platform/build_host/run.h"
 #include "tests/Plugins/Vx2/plan_kit.h"
 
 #include <gmock/gmock.h>
@@ -160,34 +161,61 @@ TEST(Vx2Plan, WalksSceneFilesInOrder)
     EXPECT_EQ(PLAN_KIT(rigid_rule, {"b.vx2"}, FILE_ENTRY::PLANNED).rows(), ROWS{"M"});
 }
 
-// "name=value" in the columns' order, "*" a flag.
-static ROWS columns(UPDATE_DB_TABLE const &table)
-{
-    ROWS all = {table.name.toStdString()};
-    EXPECT_EQ(table.rows.size(), 1);
-    EXPECT_THAT(table.flags, testing::Each(true));
-    for (auto column = table.rows[0].begin(); column != table.rows[0].end(); ++column)
-        all.push_back((column.key() + "=" + column->value.typeName() + ":" + column->value.toString() +
-                       (column->flag1 ? "*" : "") + (column->flag2 ? "*" : ""))
-                          .toStdString());
-    return all;
-}
+// Keeps what the row actions of a plan hand to the database, in the order of the plan.
+class ROWS_RECORDER : public ASSET_STORE {
+public:
+    ROWS written;
 
-TEST(Vx2DatabaseRows, ColumnsByKindOfModel)
-{
-    MODEL_ROWS rows{"hut", "R/Hut.v2.model", "X", "c", false, true};
-    QVector<UPDATE_DB_TABLE> tables = model_tables(rows);
-    ASSERT_EQ(tables.size(), 2);
-    EXPECT_EQ(columns(tables[0]),
-              (ROWS{"kestrel_rigid", "category=QString:c", "key=QString:hut*", "texture_directory=QString:X"}));
-    EXPECT_EQ(columns(tables[1]), (ROWS{"kestrel_rigid_lod", "filename=QString:R/Hut.v2.model", "key=QString:0**",
-                                        "range=QString:1_1", "rigid=QString:hut"}));
+    explicit ROWS_RECORDER(PLAN_KIT const &plan)
+    {
+        ASSET_STORE *const before = set_asset_store(this);
+        for (ACTION_INTERFACE *const action : plan.actions) {
+            if (!dynamic_cast<ACTION_CONVERT *>(action) && !dynamic_cast<ACTION_PROCESS_TECH *>(action)) {
+                EXPECT_EQ(run_action(*action, plan.tree.files.table, plan.tree.rule_cache), ACTION_INTERFACE::DONE);
+            }
+        }
+        set_asset_store(before);
+    }
 
-    rows.animated = true;
-    rows.enabled = false;
-    tables = model_tables(rows);
-    EXPECT_EQ(columns(tables[0]),
-              (ROWS{"kestrel_animated", "category=QString:c", "key=QString:hut*", "texture_filename_base=QString:X"}));
-    EXPECT_EQ(columns(tables[1]),
-              (ROWS{"kestrel_animated_lod", "animated=QString:hut", "filename=QString:R/Hut.v2.model", "range=int:0"}));
+private:
+    QString identity() override { return {}; }
+    bool apply(UPDATE_DB_TABLE const &table, QString const &, bool patch, QString &) override
+    {
+        written.push_back((table.name + (patch ? " patched" : "")).toStdString());
+        EXPECT_EQ(table.rows.size(), 1);
+        EXPECT_THAT(table.flags, testing::Each(true));
+        for (auto column = table.rows[0].begin(); column != table.rows[0].end(); ++column)
+            written.push_back((column.key() + "=" + column->value.typeName() + ":" + column->value.toString() +
+                               (column->flag1 ? "*" : "") + (column->flag2 ? "*" : ""))
+                                  .toStdString());
+        return true;
+    }
+    bool remove(QString const &, QString const &table, QString const &column, QString const &value, bool folded,
+                bool dry_run, bool &, QString &) override
+    {
+        EXPECT_TRUE(folded && !dry_run);
+        written.push_back(("remove " + table + " " + column + "=" + value).toStdString());
+        return true;
+    }
+    void want_export(QString const &, bool) override {}
+};
+
+TEST(Vx2Plan, RowsOfAModel)
+{
+    PLAN_KIT const hut(rigid_rule + with_rows + tech_rule + "Vx2TechSubFolder = ''\n");
+    EXPECT_EQ(ROWS_RECORDER(hut).written,
+              (ROWS{"kestrel_rigid patched", "category=QString:c", "key=QString:hut*",
+                    "texture_directory=QString:Textures/props",  //
+                    "kestrel_rigid_lod patched", "filename=QString:models/props/hut.rigid_model_v2", "key=QString:0**",
+                    "range=QString:1_1", "rigid=QString:hut"}));
+
+    PLAN_KIT const man(rigid_rule + with_rows + "AnimationType = 'man'\nTargetExtension = 'v2'\n" +
+                           "[global.RigidDatabasePatching]\nEnabled = 0\n",
+                       {"a.b/Man.old.vx2"});
+    EXPECT_EQ(ROWS_RECORDER(man).written,
+              (ROWS{"kestrel_animated", "category=QString:c", "key=QString:man*",
+                    "texture_filename_base=QString:Textures/a.b",  //
+                    "kestrel_animated_lod", "animated=QString:man", "filename=QString:models/a.b/Man.old.v2",
+                    "range=int:0",  //
+                    "remove kestrel_animated_lod animated=man", "remove kestrel_rigid_lod rigid=man"}));
 }
