@@ -130,7 +130,7 @@ bool add_morph_targets(ATTRIBUTE_JOB const &job, std::vector<GLTF::PRIMITIVE::AT
         for (VEX2_MORPH_DELTA const &delta : morph.vertices[job.order[i]].deltas) {
             if (delta.target >= count)
                 continue;
-            VEX2_VECTOR const offset = job.source.placement.turn(delta.offset);
+            VEX2_VECTOR const offset = job.source.placement.displace(delta.offset);
             VEX2_VECTOR &to = job.document.buffer.at<VEX2_VECTOR>(arrays[delta.target])[i];
             to = to + offset;
             if (!std::isfinite(to.x + to.y + to.z)) {

@@ -2,6 +2,7 @@
 
 #include "Plugins/Vx2/host/vex2_filter.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -52,27 +53,41 @@ PLACEMENT::PLACEMENT(VEX2_MATRIX const &from) : matrix(from)
 {
     VEX2_MATRIX const identity;
     is_identity = std::memcmp(&matrix, &identity, sizeof(matrix)) == 0;
-    float const determinant = matrix[0][0] * (matrix[1][1] * matrix[2][2] - matrix[1][2] * matrix[2][1]) -
-                              matrix[0][1] * (matrix[1][0] * matrix[2][2] - matrix[1][2] * matrix[2][0]) +
-                              matrix[0][2] * (matrix[1][0] * matrix[2][1] - matrix[1][1] * matrix[2][0]);
-    is_mirrored = determinant < 0;
-    float const sign = is_mirrored ? -1.0f : 1.0f;
+    float size = 0;
+    for (unsigned i = 0; i < 9; ++i)
+        size = std::max(size, std::abs(matrix[i / 3][i % 3]));
+    for (unsigned i = 0; i < 9; ++i)
+        direction_matrix[i / 3][i % 3] = size > 0 ? matrix[i / 3][i % 3] / size : 0;
+    size = 0;
     for (unsigned r = 0; r < 3; ++r) {
-        float const *const next = matrix[(r + 1) % 3], *const last = matrix[(r + 2) % 3];
-        for (unsigned c = 0; c < 3; ++c)
-            normal_matrix[r][c] =
-                sign * (next[(c + 1) % 3] * last[(c + 2) % 3] - next[(c + 2) % 3] * last[(c + 1) % 3]);
+        float const *const next = direction_matrix[(r + 1) % 3], *const last = direction_matrix[(r + 2) % 3];
+        for (unsigned c = 0; c < 3; ++c) {
+            normal_matrix[r][c] = next[(c + 1) % 3] * last[(c + 2) % 3] - next[(c + 2) % 3] * last[(c + 1) % 3];
+            size = std::max(size, std::abs(normal_matrix[r][c]));
+        }
     }
+    float determinant = 0;
+    for (unsigned c = 0; c < 3; ++c)
+        determinant += direction_matrix[0][c] * normal_matrix[0][c];
+    is_mirrored = determinant < 0;
+    for (auto &row : normal_matrix)
+        for (float &element : row)
+            element = size > 0 ? (is_mirrored ? -element : element) / size : 0;
 }
 
 VEX2_VECTOR PLACEMENT::place(VEX2_VECTOR const &point) const
 {
-    return is_identity ? point : turn(point) + VEX2_VECTOR{matrix[0][3], matrix[1][3], matrix[2][3]};
+    return is_identity ? point : displace(point) + VEX2_VECTOR{matrix[0][3], matrix[1][3], matrix[2][3]};
+}
+
+VEX2_VECTOR PLACEMENT::displace(VEX2_VECTOR const &offset) const
+{
+    return is_identity ? offset : rotated(matrix[0], matrix[1], matrix[2], offset);
 }
 
 VEX2_VECTOR PLACEMENT::turn(VEX2_VECTOR const &direction) const
 {
-    return is_identity ? direction : rotated(matrix[0], matrix[1], matrix[2], direction);
+    return is_identity ? direction : rotated(direction_matrix[0], direction_matrix[1], direction_matrix[2], direction);
 }
 
 VEX2_VECTOR PLACEMENT::turn_normal(VEX2_VECTOR const &normal) const

@@ -6,15 +6,19 @@
 
 namespace TOOLDATABUILDER {
 
-// What takes directions and places of a mesh into model space.
+// What takes places, displacements and directions of a mesh into model space.
 struct PLACEMENT {
     VEX2_LOADER::VEX2_MATRIX matrix;
     bool is_identity = true;
-    bool is_mirrored = false;   // triangles are to be turned around
-    float normal_matrix[3][3];  // the cofactors, with the sign of the determinant
+    bool is_mirrored = false;  // triangles are to be turned around
+    // Without the matrix's size, which may be of any order: their largest element is 1 or -1. The second has the
+    // cofactors, with the sign of the determinant.
+    float direction_matrix[3][3], normal_matrix[3][3];
 
     explicit PLACEMENT(VEX2_LOADER::VEX2_MATRIX const &from);
     VEX2_LOADER::VEX2_VECTOR place(VEX2_LOADER::VEX2_VECTOR const &point) const;
+    VEX2_LOADER::VEX2_VECTOR displace(VEX2_LOADER::VEX2_VECTOR const &offset) const;
+    // The results have the right direction, but any length.
     VEX2_LOADER::VEX2_VECTOR turn(VEX2_LOADER::VEX2_VECTOR const &direction) const;
     VEX2_LOADER::VEX2_VECTOR turn_normal(VEX2_LOADER::VEX2_VECTOR const &normal) const;
 };

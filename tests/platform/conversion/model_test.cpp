@@ -8,16 +8,19 @@ using namespace TEST_MODEL;
 TEST(Model, GeometryStandsWhereItsNodePutsItWithFrontFacesOutward)
 {
     TREE const tree;
+    LINES lines;
     VEX2 scene;
-    VEX2_VECTOR const scales[2] = {{2, 3, 4}, {-2, 3, 4}};
+    VEX2_VECTOR const scales[] = {{2, 3, 4}, {-2, 3, 4}, {2e-6f, 3e-6f, 4e-6f}};
     for (VEX2_VECTOR const &scale : scales) {
         VEX2_STATIC_MESH *const mesh = sheet<VEX2_STATIC_MESH>(u"sheet", 4);
-        mesh->matrix_index = scene.hierarchy.add_node(u"node", -1, {10, 20, 30}, {}, &scale);
+        VEX2_VECTOR const place{scale.x, 2 * scale.y, 3 * scale.z};
+        mesh->matrix_index = scene.hierarchy.add_node(u"node", -1, place, {}, &scale);
         scene.static_meshes.append(mesh);
     }
     ASSERT_TRUE(convert(scene, tree, "models/placed"));
     MODEL const model(tree, "models/placed");
-    for (std::size_t m = 0; m < 2; ++m) {
+    EXPECT_TRUE(lines.of_level[1].empty());
+    for (std::size_t m = 0; m < 3; ++m) {
         SCOPED_TRACE(m);
         auto const positions = model.attribute(m, "POSITION"), normals = model.attribute(m, "NORMAL");
         auto const uvs = model.attribute(m, "TEXCOORD_0"), tangents = model.attribute(m, "TANGENT");
@@ -32,13 +35,13 @@ TEST(Model, GeometryStandsWhereItsNodePutsItWithFrontFacesOutward)
             // In the scene u = x and v = 1 - z; glTF's v runs the other way.
             double const u = uvs[i * 2], v = uvs[i * 2 + 1];
             VEX2_VECTOR const local = wave(float(u), float(v));
-            EXPECT_NEAR(positions[i * 3], 10 + double(scales[m].x) * u, 1e-5);
-            EXPECT_NEAR(positions[i * 3 + 1], 20 + 3 * double(local.y), 1e-5);
-            EXPECT_NEAR(positions[i * 3 + 2], 30 + 4 * v, 1e-5);
+            EXPECT_NEAR(positions[i * 3], double(scales[m].x) * (1 + u), 1e-5);
+            EXPECT_NEAR(positions[i * 3 + 1], double(scales[m].y) * (2 + double(local.y)), 1e-5);
+            EXPECT_NEAR(positions[i * 3 + 2], double(scales[m].z) * (3 + v), 1e-5);
             EXPECT_NEAR(normals[i * 3 + 1], 1, 1e-6);
-            EXPECT_NEAR(tangents[i * 4], m == 0 ? 1 : -1, 1e-6);
+            EXPECT_NEAR(tangents[i * 4], m == 1 ? -1 : 1, 1e-6);
             // cross(normal, tangent) = (0,1,0) x (+-1,0,0) = (0,0,-+1), the binormal is (0,0,-1).
-            EXPECT_EQ(tangents[i * 4 + 3], m == 0 ? 1 : -1);
+            EXPECT_EQ(tangents[i * 4 + 3], m == 1 ? -1 : 1);
         }
     }
 }
