@@ -39,6 +39,25 @@ POSE_QUATERNION turn_to(aiVector3D const &look, aiVector3D const &up)
         aiMatrix3x3t<double>(right.x, above.x, back.x, right.y, above.y, back.y, right.z, above.z, back.z));
 }
 
+// An FBX file names the axes that its sides, its up and its front lie along; the importer leaves them as they are.
+void turn_axes(aiScene &source)
+{
+    struct {
+        char const *axis, *sign;
+    } const rows[] = {{"CoordAxis", "CoordAxisSign"}, {"UpAxis", "UpAxisSign"}, {"FrontAxis", "FrontAxisSign"}};
+    aiMatrix4x4 turn;
+    for (unsigned r = 0; r < 3; ++r) {
+        int axis = 0, sign = 0;
+        if (!source.mMetaData->Get(rows[r].axis, axis) || !source.mMetaData->Get(rows[r].sign, sign) || axis < 0 ||
+            axis > 2)
+            return;
+        for (int c = 0; c < 3; ++c)
+            turn[r][c] = c != axis ? 0.0f : sign < 0 ? -1.0f : 1.0f;
+    }
+    if (turn.Determinant() > 0)  // a mirror is no description of a space
+        source.mRootNode->mTransformation = turn * source.mRootNode->mTransformation;
+}
+
 class SCENE_BUILDER {
 public:
     SCENE_BUILDER(aiScene const &from, aiAnimation const *with, double metres, VEX2 &to, IMPORT_NOTES &lines)
@@ -160,7 +179,7 @@ private:
 
 }  // namespace
 
-double take_unit(aiScene &source)
+double settle_space(aiScene &source)
 {
     double unit = 1;
     if (source_is(source, "FBX")) {
@@ -169,6 +188,7 @@ double take_unit(aiScene &source)
         if (!source.mMetaData->Get("UnitScaleFactor", centimetres) && source.mMetaData->Get("UnitScaleFactor", single))
             centimetres = double(single);
         unit = centimetres / 100;
+        turn_axes(source);
     } else if (source_is(source, "Collada")) {
         // The importer put the file's unit into the root as a scale.
         aiMatrix4x4 &root = source.mRootNode->mTransformation;

@@ -5,8 +5,9 @@
 
 struct aiScene;
 
-// Metres in one unit of length of the source. What a file says about its unit is taken out of the source's nodes.
-double take_unit(aiScene &source);
+// Turns the source's root so that y is up, takes what the file says about its unit of length out of the nodes, and
+// gives the metres in one unit.
+double settle_space(aiScene &source);
 
 // `clip`: the number of an animation of the source, or -1. The scene is empty before; false with `error` if the source
 // is broken.

@@ -78,7 +78,7 @@ int import_into(KN::String const &model, KN::String const &folder, KN::String co
     if (clips.empty())
         return fail("it has no animation '" + wanted + "'; name one that it has");
 
-    double const unit = take_unit(source);
+    double const unit = settle_space(source);
     IMPORT_TEXTURES textures(source, model, folder, stem, notes);
     std::size_t const slash = model.find_last_of("/\\");
     for (int const clip : clips) {

@@ -84,6 +84,7 @@ constexpr std::string_view own_entries[] = {
     "TranslationMinX",
     "TranslationMinY",
     "TranslationMinZ",
+    "UDP3DSMAX",  // comes a second time, as "UserProperties"
     "UpVectorProperty",
     "Visibility",
     "Visibility Inheritance",
@@ -120,13 +121,16 @@ std::string_view trimmed(std::string_view text)
                                            : text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-// One of the modelling tools keeps all of a node's properties in one text, a line "name = value" each.
-void add_lines(VEX2_ATTRIBUTES &attributes, std::string_view text)
+// One of the modelling tools keeps all of a node's properties in one text, a line "name = value" each. Files in plain
+// text spell the line ends out.
+void add_lines(VEX2_ATTRIBUTES &attributes, std::string text)
 {
-    while (!text.empty()) {
-        std::size_t const end = std::min(text.find('\n'), text.size());
-        std::string_view const line = text.substr(0, end);
-        text.remove_prefix(std::min(end + 1, text.size()));
+    for (std::string_view const spelt : {"&cr;", "&lf;"})
+        for (std::size_t at; (at = text.find(spelt)) != std::string::npos;)
+            text.replace(at, spelt.size(), 1, '\n');
+    for (std::size_t first = 0, end; first < text.size(); first = end + 1) {
+        end = std::min(text.find('\n', first), text.size());
+        std::string_view const line = std::string_view(text).substr(first, end - first);
         std::size_t const equals = line.find('=');
         if (equals != std::string_view::npos && !trimmed(line.substr(0, equals)).empty())
             add_value(attributes, std::string(trimmed(line.substr(0, equals))), trimmed(line.substr(equals + 1)));
@@ -169,7 +173,7 @@ void add_group(aiMetadata const &group, std::string const &path, VEX2_ATTRIBUTES
         case AI_AISTRING: {
             std::string_view const text = static_cast<aiString const *>(entry.mData)->C_Str();
             if (path.empty() && key == "UserProperties")
-                add_lines(attributes, text);
+                add_lines(attributes, std::string(text));
             else
                 add_value(attributes, name, text);
             break;

@@ -226,6 +226,24 @@ TEST(Import, PolygonsWithoutNormalsAndTexturesOfObj)
     EXPECT_NEAR(imported.scene.static_meshes[0]->vertices[0].uvws[0].y, 0.25, 1e-6);
 }
 
+TEST(Import, SpaceAndPropertiesOfFbxAreSettled)
+{
+    SCRATCH scratch;
+    IMPORTED imported;
+    import_into(imported, request_for(scratch.write("m.fbx", fbx_with_z_up()), scratch.path("m.vx2")));
+    ASSERT_TRUE(imported.good) << imported.error;
+    VEX2_STATIC_MESH &mesh = *imported.scene.static_meshes[0];
+    VEX2_MATRIX const &place = imported.scene.hierarchy.nodes[mesh.matrix_index].matrix;
+    VEX2_VECTOR const &tip = vertex_at(mesh, 0, 0, 0.0254f).position;  // of the node's own space: z is up there
+    for (unsigned row = 0; row < 3; ++row)
+        EXPECT_NEAR(place[row][0] * tip.x + place[row][1] * tip.y + place[row][2] * tip.z + place[row][3],
+                    row == 1 ? 3 * 0.0254 : 0, 1e-6);
+    EXPECT_EQ(value_of(mesh.attributes, u"class_TYPE"), "TECH");
+    EXPECT_EQ(value_of(mesh.attributes, u"speed"), "5");
+    EXPECT_EQ(value_of(mesh.attributes, u"tag"), "hello");
+    EXPECT_EQ(mesh.attributes.strings.count, 3u);
+}
+
 TEST(Import, FaultyModelsGiveOneLineAndNothingElse)
 {
     GLTF_TEXT beyond;

@@ -106,3 +106,56 @@ inline std::string instanced_model()
         "animations":[{"name":"lift","channels":[{"sampler":0,"target":{"node":2,"path":"weights"}}],
                        "samplers":[{"input":6,"output":7}]}])");
 }
+
+// A triangle in inches with z up, one inch along each of x and z and standing two inches up, with properties of an
+// artist's in both forms that the tools write.
+inline std::string fbx_with_z_up()
+{
+    return R"(; FBX 7.4.0 project file
+FBXHeaderExtension:  {
+    FBXVersion: 7400
+}
+GlobalSettings:  {
+    Properties70:  {
+        P: "UpAxis", "int", "Integer", "",2
+        P: "UpAxisSign", "int", "Integer", "",1
+        P: "FrontAxis", "int", "Integer", "",1
+        P: "FrontAxisSign", "int", "Integer", "",-1
+        P: "CoordAxis", "int", "Integer", "",0
+        P: "CoordAxisSign", "int", "Integer", "",1
+        P: "UnitScaleFactor", "double", "Number", "",2.54
+    }
+}
+Definitions:  {
+    Count: 2
+    ObjectType: "Model" {
+        Count: 1
+    }
+    ObjectType: "Geometry" {
+        Count: 1
+    }
+}
+Objects:  {
+    Geometry: 100, "Geometry::tri", "Mesh" {
+        Vertices: *9 {
+            a: 0,0,0,1,0,0,0,0,1
+        }
+        PolygonVertexIndex: *3 {
+            a: 0,1,-3
+        }
+    }
+    Model: 200, "Model::tri", "Mesh" {
+        Properties70:  {
+            P: "Lcl Translation", "Lcl Translation", "", "A",0,0,2
+            P: "UDP3DSMAX", "KString", "", "U", "class_TYPE = TECH&cr;&lf;speed = 5&cr;&lf;"
+            P: "tag", "KString", "", "U", "hello"
+            P: "RotationActive", "bool", "", "",1
+        }
+    }
+}
+Connections:  {
+    C: "OO",200,0
+    C: "OO",100,200
+}
+)";
+}
