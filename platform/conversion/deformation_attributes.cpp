@@ -77,7 +77,9 @@ bool add_influences(ATTRIBUTE_JOB const &job, MODEL_SKELETON const &skeleton, bo
     std::size_t const most = all_influences ? most_influences : usual_influences;
     std::vector<WEIGHT> weights;
     std::size_t widest = 1;
-    for (std::uint32_t const v : job.order) {
+    for (std::uint32_t v = 0; v < mesh.vertices.count; ++v) {
+        if (job.number_of[v] == unused_vertex)
+            continue;
         if (!gather(mesh.vertices[v], skeleton, home, most, weights)) {
             error = "mesh '" + job.source.name + "': a weight of vertex " + std::to_string(v) +
                     " is no finite number; export the scene again";
@@ -89,12 +91,15 @@ bool add_influences(ATTRIBUTE_JOB const &job, MODEL_SKELETON const &skeleton, bo
     bool const small = skeleton.joint_count() <= 256;
     for (std::size_t set = 0; set * 4 < widest; ++set) {
         GLTF::BUFFER &buffer = job.document.buffer;
-        int const joint_array = buffer.add(small ? COMPONENT::U8 : COMPONENT::U16, 4, job.order.size(), USE::VERTICES);
-        int const weight_array = buffer.add(COMPONENT::F32, 4, job.order.size(), USE::VERTICES);
+        int const joint_array = buffer.add(small ? COMPONENT::U8 : COMPONENT::U16, 4, job.count, USE::VERTICES);
+        int const weight_array = buffer.add(COMPONENT::F32, 4, job.count, USE::VERTICES);
         if (joint_array < 0 || weight_array < 0)
             return true;
-        for (std::size_t i = 0; i < job.order.size(); ++i) {
-            gather(mesh.vertices[job.order[i]], skeleton, home, most, weights);
+        for (std::uint32_t v = 0; v < mesh.vertices.count; ++v) {
+            std::size_t const i = job.number_of[v];
+            if (i == unused_vertex)
+                continue;
+            gather(mesh.vertices[v], skeleton, home, most, weights);
             for (std::size_t k = 0; k < 4 && set * 4 + k < weights.size(); ++k) {
                 WEIGHT const &weight = weights[set * 4 + k];
                 if (small)
@@ -115,26 +120,27 @@ bool add_morph_targets(ATTRIBUTE_JOB const &job, std::vector<GLTF::PRIMITIVE::AT
 {
     VEX2_MORPH_MESH const &morph = *job.source.morph;
     std::size_t const count = morph.targets.count;
-    if (count > most_morph_bytes / sizeof(VEX2_VECTOR) / job.order.size()) {
+    if (count > most_morph_bytes / sizeof(VEX2_VECTOR) / job.count) {
         error = "mesh '" + job.source.name + "': " + std::to_string(count) + " morph targets over " +
-                std::to_string(job.order.size()) + " vertices are too much; split the mesh";
+                std::to_string(job.count) + " vertices are too much; split the mesh";
         return false;
     }
     std::vector<int> arrays(count);
     for (int &array : arrays) {
-        array = job.document.buffer.add(COMPONENT::F32, 3, job.order.size(), USE::VERTICES, true);
+        array = job.document.buffer.add(COMPONENT::F32, 3, job.count, USE::VERTICES, true);
         if (array < 0)
             return true;
     }
-    for (std::size_t i = 0; i < job.order.size(); ++i) {
-        for (VEX2_MORPH_DELTA const &delta : morph.vertices[job.order[i]].deltas) {
-            if (delta.target >= count)
+    for (std::uint32_t v = 0; v < morph.vertices.count; ++v) {
+        std::size_t const i = job.number_of[v];
+        for (VEX2_MORPH_DELTA const &delta : morph.vertices[v].deltas) {
+            if (i == unused_vertex || delta.target >= count)
                 continue;
             VEX2_VECTOR const offset = job.source.placement.displace(delta.offset);
             VEX2_VECTOR &to = job.document.buffer.at<VEX2_VECTOR>(arrays[delta.target])[i];
             to = to + offset;
             if (!std::isfinite(to.x + to.y + to.z)) {
-                error = "mesh '" + job.source.name + "': a morph offset of vertex " + std::to_string(job.order[i]) +
+                error = "mesh '" + job.source.name + "': a morph offset of vertex " + std::to_string(v) +
                         " is no finite number; export the scene again";
                 return false;
             }

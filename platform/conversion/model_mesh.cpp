@@ -5,7 +5,6 @@
 #include "platform/conversion/vertex_attributes.h"
 
 #include <algorithm>
-#include <limits>
 #include <meshoptimizer.h>
 
 using namespace VEX2_LOADER;
@@ -14,7 +13,7 @@ namespace TOOLDATABUILDER {
 
 namespace {
 
-constexpr std::uint32_t unused = std::numeric_limits<std::uint32_t>::max();
+constexpr std::size_t usual_vertex_size = 64;  // bytes, of all attributes
 
 void add_indices(std::vector<std::uint32_t> const &indices, std::size_t vertices, GLTF::DOCUMENT &document,
                  GLTF::PRIMITIVE &primitive)
@@ -31,21 +30,23 @@ void add_indices(std::vector<std::uint32_t> const &indices, std::size_t vertices
         std::copy(indices.begin(), indices.end(), document.buffer.at<std::uint32_t>(primitive.indices));
 }
 
-// Turns the triangles' vertex numbers into those of the new order, which is that of their first use.
-std::vector<std::uint32_t> renumber(std::vector<std::vector<std::uint32_t>> &indices, std::uint32_t vertex_count)
+// Turns the triangles' vertex numbers into those of the new order, which is that of their first use; gives the number
+// of each vertex and how many there are.
+std::vector<std::uint32_t> renumber(std::vector<std::vector<std::uint32_t>> &indices, std::uint32_t vertex_count,
+                                    std::size_t &count)
 {
-    std::vector<std::uint32_t> number_of(vertex_count, unused), order;
-    order.reserve(vertex_count);
+    std::vector<std::uint32_t> number_of(vertex_count, unused_vertex);
+    std::uint32_t next = 0;
     for (auto &section : indices) {
         for (std::uint32_t &index : section) {
-            if (number_of[index] == unused) {
-                number_of[index] = std::uint32_t(order.size());
-                order.push_back(index);
-            }
-            index = number_of[index];
+            std::uint32_t &number = number_of[index];
+            if (number == unused_vertex)
+                number = next++;
+            index = number;
         }
     }
-    return order;
+    count = next;
+    return number_of;
 }
 
 }  // namespace
@@ -73,13 +74,14 @@ bool add_model_mesh(MESH_SOURCE const &source, MODEL_SKELETON const &skeleton, M
     if (made.indices.empty())
         return true;
     made.finest_triangles = made.triangles;
-    std::vector<std::uint32_t> const order = renumber(made.indices, source.vertex_count());
-    made.vertices = made.vertex_count = order.size();
+    std::vector<std::uint32_t> const number_of = renumber(made.indices, source.vertex_count(), made.vertex_count);
+    made.vertices = made.vertex_count;
+    document.buffer.reserve(made.vertex_count * usual_vertex_size + made.triangles * 3 * sizeof(std::uint32_t));
 
     GLTF::MESH mesh;
     mesh.name = source.name;
     GLTF::PRIMITIVE shared;
-    ATTRIBUTE_JOB const job{source, order, made.indices, document};
+    ATTRIBUTE_JOB const job{source, number_of, made.vertex_count, made.indices, document};
     if (!add_positions_and_normals(job, shared.attributes, error))
         return false;
     add_tangents(job, shared.attributes);

@@ -53,7 +53,7 @@ KN::String fault_text(MESH_SOURCE const &source, std::uint32_t vertex, char cons
 // For vertices whose normal is zero: the sum of their triangles' normals, weighted by area.
 void mend_normals(ATTRIBUTE_JOB const &job, VEX2_VECTOR const *positions, VEX2_VECTOR *normals)
 {
-    std::vector<VEX2_VECTOR> sums(job.order.size());
+    std::vector<VEX2_VECTOR> sums(job.count);
     for (auto const &indices : job.indices) {
         for (std::size_t i = 0; i + 2 < indices.size(); i += 3) {
             VEX2_VECTOR const &corner = positions[indices[i]];
@@ -88,20 +88,19 @@ VEX2_VECTOR some_tangent(VEX2_VECTOR const &normal)
 bool tangent_of(VEX2_TANGENT_FRAME const &frame, VEX2_VECTOR const &normal, VEX2_VECTOR4 &out)
 {
     VEX2_VECTOR tangent = frame.tangent, binormal = frame.binormal;
-    bool const has_binormal = normalise(binormal);
     bool usable = normalise(tangent);
     if (usable) {
         tangent = plus(tangent, normal, -dot(tangent, normal));
         usable = dot(tangent, tangent) > 1e-4f && normalise(tangent);
     }
     if (!usable) {
-        tangent = cross(binormal, normal);
-        if (!has_binormal || !(dot(tangent, tangent) > 1e-4f) || !normalise(tangent))
+        tangent = normalise(binormal) ? cross(binormal, normal) : VEX2_VECTOR();
+        if (!(dot(tangent, tangent) > 1e-4f) || !normalise(tangent))
             return false;
     }
     float const n[3] = {normal.x, normal.y, normal.z}, t[3] = {tangent.x, tangent.y, tangent.z};
     float const b[3] = {binormal.x, binormal.y, binormal.z};
-    out = {tangent.x, tangent.y, tangent.z, has_binormal ? GLTF::handedness(n, t, b) : 1.0f};
+    out = {tangent.x, tangent.y, tangent.z, GLTF::handedness(n, t, b)};
     return true;
 }
 
@@ -111,16 +110,18 @@ bool add_positions_and_normals(ATTRIBUTE_JOB const &job, GLTF::PRIMITIVE::ATTRIB
 {
     BUFFER &buffer = job.document.buffer;
     MESH_SOURCE const &source = job.source;
-    int const position_array = buffer.add(COMPONENT::F32, 3, job.order.size(), USE::VERTICES, true);
-    int const normal_array = buffer.add(COMPONENT::F32, 3, job.order.size(), USE::VERTICES);
+    int const position_array = buffer.add(COMPONENT::F32, 3, job.count, USE::VERTICES, true);
+    int const normal_array = buffer.add(COMPONENT::F32, 3, job.count, USE::VERTICES);
     if (position_array < 0 || normal_array < 0)
         return true;
     VEX2_VECTOR *const positions = buffer.at<VEX2_VECTOR>(position_array);
     VEX2_VECTOR *const normals = buffer.at<VEX2_VECTOR>(normal_array);
 
     std::size_t missing = 0;
-    for (std::size_t i = 0; i < job.order.size(); ++i) {
-        std::uint32_t const v = job.order[i];
+    for (std::uint32_t v = 0; v < source.vertex_count(); ++v) {
+        std::uint32_t const i = job.number_of[v];
+        if (i == unused_vertex)
+            continue;
         VEX2_VERTEX const &vertex = source.vertex(v);
         VEX2_VECTOR position = vertex.position, normal = vertex.normal;
         if (source.weighted) {
@@ -154,18 +155,20 @@ bool add_uvs(ATTRIBUTE_JOB const &job, std::uint32_t least_sets, GLTF::PRIMITIVE
 {
     std::uint32_t const sets = std::max(job.source.vertex(0).uvws.count, least_sets);
     for (std::uint32_t set = 0; set < sets && set < most_uv_sets; ++set) {
-        int const array = job.document.buffer.add(COMPONENT::F32, 2, job.order.size(), USE::VERTICES);
+        int const array = job.document.buffer.add(COMPONENT::F32, 2, job.count, USE::VERTICES);
         if (array < 0)
             return true;
-        VEX2_VECTOR2 *to = job.document.buffer.at<VEX2_VECTOR2>(array);
-        for (std::uint32_t const v : job.order) {
+        VEX2_VECTOR2 *const to = job.document.buffer.at<VEX2_VECTOR2>(array);
+        for (std::uint32_t v = 0; v < job.source.vertex_count(); ++v) {
+            if (job.number_of[v] == unused_vertex)
+                continue;
             VEX2_VERTEX const &vertex = job.source.vertex(v);
             VEX2_VECTOR const uvw = set < vertex.uvws.count ? vertex.uvws[set] : VEX2_VECTOR{};
             if (!std::isfinite(uvw.x + uvw.y)) {
                 error = fault_text(job.source, v, "texture coordinate");
                 return false;
             }
-            *to++ = {uvw.x, GLTF::turned_v(uvw.y)};
+            to[job.number_of[v]] = {uvw.x, GLTF::turned_v(uvw.y)};
         }
         attributes.emplace_back("TEXCOORD_" + std::to_string(set), array);
     }
@@ -176,11 +179,13 @@ bool add_colours(ATTRIBUTE_JOB const &job, GLTF::PRIMITIVE::ATTRIBUTES &attribut
 {
     if (job.source.mesh.colour_flag == 0)
         return true;
-    int const array = job.document.buffer.add(COMPONENT::U16, 4, job.order.size(), USE::VERTICES, false, true);
+    int const array = job.document.buffer.add(COMPONENT::U16, 4, job.count, USE::VERTICES, false, true);
     if (array < 0)
         return true;
-    std::uint16_t *to = job.document.buffer.at<std::uint16_t>(array);
-    for (std::uint32_t const v : job.order) {
+    for (std::uint32_t v = 0; v < job.source.vertex_count(); ++v) {
+        if (job.number_of[v] == unused_vertex)
+            continue;
+        std::uint16_t *to = job.document.buffer.at<std::uint16_t>(array) + std::size_t(job.number_of[v]) * 4;
         VEX2_COLOUR const &colour = job.source.vertex(v).colour;
         for (float const part : {colour.red, colour.green, colour.blue, colour.alpha}) {
             if (!std::isfinite(part)) {
@@ -199,12 +204,17 @@ void add_tangents(ATTRIBUTE_JOB const &job, GLTF::PRIMITIVE::ATTRIBUTES &attribu
     MESH_SOURCE const &source = job.source;
     if (attributes.size() < 2 || source.vertex(0).frames.empty())
         return;
-    // Into an array of its own first: whether any vertex has a usable frame shows only at the end.
+    int const array = job.document.buffer.add(COMPONENT::F32, 4, job.count, USE::VERTICES);
+    if (array < 0)
+        return;
     VEX2_VECTOR const *const normals = job.document.buffer.at<VEX2_VECTOR>(attributes[1].second);
-    std::vector<VEX2_VECTOR4> tangents(job.order.size());
+    VEX2_VECTOR4 *const tangents = job.document.buffer.at<VEX2_VECTOR4>(array);
     std::size_t usable = 0;
-    for (std::size_t i = 0; i < job.order.size(); ++i) {
-        VEX2_VERTEX const &vertex = source.vertex(job.order[i]);
+    for (std::uint32_t v = 0; v < source.vertex_count(); ++v) {
+        std::uint32_t const i = job.number_of[v];
+        if (i == unused_vertex)
+            continue;
+        VEX2_VERTEX const &vertex = source.vertex(v);
         VEX2_TANGENT_FRAME frame = vertex.frames.empty() ? VEX2_TANGENT_FRAME() : vertex.frames[0];
         frame = {source.placement.turn(frame.binormal), source.placement.turn(frame.tangent)};
         if (tangent_of(frame, normals[i], tangents[i])) {
@@ -215,12 +225,9 @@ void add_tangents(ATTRIBUTE_JOB const &job, GLTF::PRIMITIVE::ATTRIBUTES &attribu
         }
     }
     if (usable == 0)
-        return;
-    int const array = job.document.buffer.add(COMPONENT::F32, 4, tangents.size(), USE::VERTICES);
-    if (array < 0)
-        return;
-    std::copy(tangents.begin(), tangents.end(), job.document.buffer.at<VEX2_VECTOR4>(array));
-    attributes.emplace_back("TANGENT", array);
+        job.document.buffer.drop_last();
+    else
+        attributes.emplace_back("TANGENT", array);
 }
 
 }  // namespace TOOLDATABUILDER

@@ -10,14 +10,17 @@ class MODEL_SKELETON;
 
 inline constexpr std::uint32_t most_uv_sets = 8;  // of a mesh; further ones are left out
 
-// What the vertices of one mesh give; there is at least one. `order[n]` is the vertex of the source that becomes vertex
-// n; `indices` are the triangles over the new vertices.
+// What the vertices of one mesh give; there is at least one. Vertex v of the source becomes vertex `number_of[v]` of
+// the model, or none if that is `unused_vertex`. Loops run over the source, whose vertices are large, and write where
+// the numbers lead.
 struct ATTRIBUTE_JOB {
     MESH_SOURCE const &source;
-    std::vector<std::uint32_t> const &order;
-    std::vector<std::vector<std::uint32_t>> const &indices;
+    std::vector<std::uint32_t> const &number_of;
+    std::size_t count;                                       // of the model's vertices
+    std::vector<std::vector<std::uint32_t>> const &indices;  // triangles over the model's vertices
     GLTF::DOCUMENT &document;
 };
+inline constexpr std::uint32_t unused_vertex = 0xffffffff;
 
 // Each appends to `attributes`; what the mesh does not have is left out. False, with a line in `error`, for numbers
 // that are not finite. A buffer that is full leaves the attribute out, and the document is refused when it is written.

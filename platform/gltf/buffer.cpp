@@ -1,5 +1,7 @@
 #include "platform/gltf/buffer.h"
 
+#include <algorithm>
+
 namespace GLTF {
 
 static std::size_t size_of(COMPONENT component)
@@ -16,8 +18,17 @@ static std::size_t size_of(COMPONENT component)
 
 void BUFFER::reserve(std::size_t more)
 {
-    if (more <= largest)
-        bytes.reserve(bytes.size() + more);
+    // Rather twice the room than an exact fit: a caller that announces many small pieces must not move them all each
+    // time.
+    std::size_t const wanted = bytes.size() + more;
+    if (more <= largest && wanted > bytes.capacity())
+        bytes.reserve(std::max(wanted, bytes.capacity() * 2));
+}
+
+void BUFFER::drop_last()
+{
+    bytes.resize(list.back().offset);
+    list.pop_back();
 }
 
 int BUFFER::add(COMPONENT component, int components, std::size_t count, USE use, bool bounded, bool normalised)

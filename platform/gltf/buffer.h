@@ -27,13 +27,16 @@ class BUFFER {
 public:
     static constexpr std::size_t largest = std::size_t(1) << 31;  // bytes
 
-    // To be told the sum of what is coming, where it is known.
+    // To be told roughly what is coming, where that is known.
     void reserve(std::size_t more);
 
     // The index of a new array of zeros, or -1 once the buffer would become larger than `largest`; such a buffer stays
     // as it is, and no file is written from it. Addresses of earlier arrays become invalid unless there was room.
     int add(COMPONENT component, int components, std::size_t count, USE use, bool bounded = false,
             bool normalised = false);
+
+    // Takes the array that was added last away again.
+    void drop_last();
 
     // The first element of the array. T has the size of the components, or of whole elements without padding.
     template <class T>
