@@ -87,6 +87,7 @@ public:
                 if (m != 0)
                     name += "_part" + std::to_string(m + 1);
                 place(*mesh, name, i);
+                keep_fine(*mesh, i);
             }
         }
         return true;
@@ -153,6 +154,35 @@ private:
             add_node_attributes(hierarchy.source_node(node), object.attributes);
         if (object.attributes.class_type() == nullptr)
             object.attributes.add_string(u"class_TYPE", u"DISPLAY");
+    }
+
+    // Vertices closer than a tenth of a millimetre in their mesh's own space count as one later on. So what a node
+    // enlarges gets vertices of about its final size, below a node of its own that takes the factor back. The factor is
+    // a power of two: no bit of the result changes.
+    void keep_fine(VEX2_MESH &mesh, std::size_t node)
+    {
+        POSE_MATRIX const &m = hierarchy.start_matrix(node);
+        double const enlarged =
+            std::max({POSE_VECTOR(m.a1, m.b1, m.c1).Length(), POSE_VECTOR(m.a2, m.b2, m.c2).Length(),
+                      POSE_VECTOR(m.a3, m.b3, m.c3).Length()});
+        auto *const whole = dynamic_cast<VEX2_STATIC_MESH *>(&mesh);
+        auto *const morph = dynamic_cast<VEX2_MORPH_MESH *>(&mesh);
+        // Weighted vertices stand in the world's space as they are.
+        if (!(enlarged > 2) || enlarged > 1e6 || (whole == nullptr && morph == nullptr))
+            return;
+        float const factor = std::exp2(float(std::ilogb(enlarged)));
+        auto const enlarge = [&](VEX2_VECTOR &v) { v = {v.x * factor, v.y * factor, v.z * factor}; };
+        if (whole != nullptr)
+            for (VEX2_VERTEX &vertex : whole->vertices)
+                enlarge(vertex.position);
+        for (unsigned i = 0; morph != nullptr && i < morph->vertices.count; ++i) {
+            enlarge(morph->vertices[i].position);
+            for (VEX2_MORPH_DELTA &delta : morph->vertices[i].deltas)
+                enlarge(delta.offset);
+        }
+        VEX2_VECTOR const back = {1 / factor, 1 / factor, 1 / factor};
+        mesh.matrix_index =
+            scene.hierarchy.add_node(KN::from_utf8(KN::to_utf8(mesh.name) + "_size"), int(node), {}, {}, &back);
     }
 
     // At the node of its name, or at a node of its own below that one where it does not look along the node's -z.

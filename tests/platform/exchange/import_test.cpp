@@ -1,3 +1,4 @@
+#include "mesh/prepare.h"
 #include "platform/exchange/export.h"
 #include "platform/exchange/import.h"
 #include "platform/exchange/picture.h"
@@ -242,6 +243,30 @@ TEST(Import, SpaceAndPropertiesOfFbxAreSettled)
     EXPECT_EQ(value_of(mesh.attributes, u"speed"), "5");
     EXPECT_EQ(value_of(mesh.attributes, u"tag"), "hello");
     EXPECT_EQ(mesh.attributes.strings.count, 3u);
+}
+
+// The clean-up merges what is closer than 0.1 mm in a mesh's own space; a model in hundredths must not lose its
+// details.
+TEST(Import, DetailsOfAnEnlargedMeshSurviveTheCleanUp)
+{
+    SCRATCH scratch;
+    GLTF_TEXT model;
+    model.floats("VEC3", 3, {0, 0, 0, 0.00004f, 0, 0, 0, 0.00004f, 0});
+    model.floats("VEC3", 3, {0, 0, 1, 0, 0, 1, 0, 0, 1});
+    IMPORTED imported;
+    import_into(imported, request_for(scratch.write("m.gltf", model.text(R"("scenes":[{"nodes":[0]}],"scene":0,
+                    "nodes":[{"name":"large","scale":[100,100,100],"mesh":0}],
+                    "meshes":[{"primitives":[{"attributes":{"POSITION":0,"NORMAL":1}}]}])")),
+                                      scratch.path("m.vx2")));
+    ASSERT_TRUE(imported.good) << imported.error;
+    VEX2_STATIC_MESH &mesh = *imported.scene.static_meshes[0];
+    VEX2_MATRIX const &place = imported.scene.hierarchy.nodes[mesh.matrix_index].matrix;
+    float reach = 0;
+    for (VEX2_VERTEX const &vertex : mesh.vertices)
+        reach = std::max(reach, place[0][0] * vertex.position.x);
+    EXPECT_EQ(reach, 100 * 0.00004f);
+    prepare_scene(imported.scene);
+    EXPECT_EQ(mesh.triangle_count(), 1u);
 }
 
 TEST(Import, FaultyModelsGiveOneLineAndNothingElse)
