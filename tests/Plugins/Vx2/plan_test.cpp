@@ -161,6 +161,15 @@ TEST(Vx2Plan, WalksSceneFilesInOrder)
     EXPECT_EQ(PLAN_KIT(rigid_rule, {"b.vx2"}, FILE_ENTRY::PLANNED).rows(), ROWS{"M"});
 }
 
+// The planner's list of waiting actions outlives the file that filled it.
+TEST(Vx2Plan, AFileWithoutRowsDoesNotGetThoseOfTheFileBefore)
+{
+    PLAN_KIT const plan("[[RigidModelV2]]\nTargetPath = 'm'\nTextureFolder = 't'\n" + with_rows +
+                            "[[RigidModelV2]]\nfiles = 'b.vx2'\nTargetPath = { null = true }\n",
+                        {"a.vx2", "b.vx2"});
+    EXPECT_EQ(plan.rows(), (ROWS{"D after M", "L1", "L2", "M pulls D", "E", "M"}));
+}
+
 // Keeps what the row actions of a plan hand to the database, in the order of the plan.
 class ROWS_RECORDER : public ASSET_STORE {
 public:

@@ -62,7 +62,9 @@ TEST(Vx2Module, OneInstanceUntilSomebodyDeletesIt)
     delete object;
     auto *const plug_in = qobject_cast<PLUGIN_INTERFACE *>(instance());
     ASSERT_TRUE(plug_in);
-    EXPECT_EQ(plug_in->get_processors().size(), 2);
+    QVector<PROCESSOR_INTERFACE *> const processors = plug_in->get_processors();
+    EXPECT_EQ(processors.size(), 2);
+    qDeleteAll(processors);
 }
 
 TEST(Vx2Module, ProcessorsAreNewOnEachCallAndTheCallers)
