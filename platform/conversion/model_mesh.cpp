@@ -30,6 +30,13 @@ void add_indices(std::vector<std::uint32_t> const &indices, std::size_t vertices
         std::copy(indices.begin(), indices.end(), document.buffer.at<std::uint32_t>(primitive.indices));
 }
 
+// For a first-in-first-out cache of 16 vertices: as good on today's cards as the library's slower way, which weighs
+// vertices by their age, in less than a third of its time.
+void order_for_cache(std::vector<std::uint32_t> &indices, std::size_t vertices)
+{
+    meshopt_optimizeVertexCacheFifo(indices.data(), indices.data(), indices.size(), vertices, 16);
+}
+
 // Turns the triangles' vertex numbers into those of the new order, which is that of their first use; gives the number
 // of each vertex and how many there are.
 std::vector<std::uint32_t> renumber(std::vector<std::vector<std::uint32_t>> &indices, std::uint32_t vertex_count,
@@ -63,7 +70,7 @@ bool add_model_mesh(MESH_SOURCE const &source, MODEL_SKELETON const &skeleton, M
         std::vector<std::uint32_t> &indices = made.indices.emplace_back();
         if (!source.append_triangles(section, indices, error))
             return false;
-        meshopt_optimizeVertexCache(indices.data(), indices.data(), indices.size(), source.vertex_count());
+        order_for_cache(indices, source.vertex_count());
         bool const has_material =
             section.material_index >= 0 && std::size_t(section.material_index) < options.material_numbers->size();
         materials.push_back(has_material ? (*options.material_numbers)[std::size_t(section.material_index)] : -1);
@@ -125,7 +132,7 @@ bool add_coarser_mesh(MODEL_MESH const &finer, unsigned percent, GLTF::DOCUMENT 
             constexpr float any_error = 1;  // of the mesh's size: the quality alone decides
             to.resize(meshopt_simplify(to.data(), from.data(), from.size(), positions, finer.vertex_count,
                                        3 * sizeof(float), wanted, any_error, 0, nullptr));
-            meshopt_optimizeVertexCache(to.data(), to.data(), to.size(), finer.vertex_count);
+            order_for_cache(to, finer.vertex_count);
         }
         made.triangles += to.size() / 3;
         for (std::uint32_t const index : to) {
