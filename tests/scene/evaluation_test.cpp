@@ -168,7 +168,8 @@ TEST(Morphing, OffsetsAreTheWeightedDeltas)
 
 TEST(Splines, BezierPositionsAndTangents)
 {
-    VEX2_SPLINE const spline = make_full_scene()->shapes[0]->splines[0];  // a line (0,0) (1,0), then a parabola (1,0) (1,2) (3,2)
+    VEX2_SPLINE const spline =
+        make_full_scene()->shapes[0]->splines[0];  // a line (0,0) (1,0), then a parabola (1,0) (1,2) (3,2)
     const struct {
         float t;
         VEX2_VECTOR position, tangent;
