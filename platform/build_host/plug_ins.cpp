@@ -8,12 +8,7 @@
 
 PLUG_INS::PLUG_INS() = default;
 
-PLUG_INS::~PLUG_INS()
-{
-    owned.clear();
-    for (auto const &loader : loaders)
-        loader->unload();
-}
+PLUG_INS::~PLUG_INS() = default;
 
 bool PLUG_INS::load(QString const &file, QString &fault)
 {

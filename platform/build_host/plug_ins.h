@@ -1,4 +1,5 @@
-// Loads plug-in modules and owns their processors.
+// Loads plug-in modules and owns their processors. Modules stay in the process to its end: texts that were literals in
+// a module, such as table names, live on in the host's books.
 #pragma once
 
 #include "Plugins/Vx2/host/processor.h"
@@ -14,7 +15,7 @@ class QPluginLoader;
 class BUILD_HOST_API PLUG_INS {
 public:
     PLUG_INS();
-    ~PLUG_INS();  // deletes the processors, then unloads the modules
+    ~PLUG_INS();  // deletes the processors
     PLUG_INS(PLUG_INS const &) = delete;
     PLUG_INS &operator=(PLUG_INS const &) = delete;
 
