@@ -8,6 +8,7 @@
 #include <assimp/commonMetaData.h>
 #include <assimp/scene.h>
 #include <cmath>
+#include <map>
 
 using namespace VEX2_LOADER;
 
@@ -180,9 +181,12 @@ private:
             for (VEX2_MORPH_DELTA &delta : morph->vertices[i].deltas)
                 enlarge(delta.offset);
         }
+        auto const [size_node, is_new] = size_nodes.try_emplace(node, scene.hierarchy.nodes.count);
         VEX2_VECTOR const back = {1 / factor, 1 / factor, 1 / factor};
-        mesh.matrix_index =
-            scene.hierarchy.add_node(KN::from_utf8(KN::to_utf8(mesh.name) + "_size"), int(node), {}, {}, &back);
+        if (is_new)
+            scene.hierarchy.add_node(KN::UniString(scene.hierarchy.nodes[node].name + u"_size"), int(node), {}, {},
+                                     &back);
+        mesh.matrix_index = size_node->second;
     }
 
     // At the node of its name, or at a node of its own below that one where it does not look along the node's -z.
@@ -205,6 +209,7 @@ private:
     IMPORT_NOTES &notes;
     double unit;
     IMPORT_HIERARCHY hierarchy;
+    std::map<std::size_t, std::uint32_t> size_nodes;  // that keep_fine has made, by the node above
 };
 
 }  // namespace
