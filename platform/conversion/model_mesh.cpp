@@ -13,8 +13,6 @@ namespace TOOLDATABUILDER {
 
 namespace {
 
-constexpr std::size_t usual_vertex_size = 64;  // bytes, of all attributes
-
 void add_indices(std::vector<std::uint32_t> const &indices, std::size_t vertices, GLTF::DOCUMENT &document,
                  GLTF::PRIMITIVE &primitive)
 {
@@ -83,7 +81,6 @@ bool add_model_mesh(MESH_SOURCE const &source, MODEL_SKELETON const &skeleton, M
     made.finest_triangles = made.triangles;
     std::vector<std::uint32_t> const number_of = renumber(made.indices, source.vertex_count(), made.vertex_count);
     made.vertices = made.vertex_count;
-    document.buffer.reserve(made.vertex_count * usual_vertex_size + made.triangles * 3 * sizeof(std::uint32_t));
 
     GLTF::MESH mesh;
     mesh.name = source.name;

@@ -305,8 +305,11 @@ bool MODEL_PROCESSOR::load_from_vex2(VEX2 &scene, VEX2_FILTER const &filter, MOD
     std::vector<VEX2_MESH const *> const taken = filtered_meshes(scene, filter);
     std::vector<MESH_SOURCE> meshes;
     meshes.reserve(taken.size());
+    std::size_t size = 0;
+    constexpr std::size_t usual_vertex_size = 64, triangle_size = 12;  // bytes
     for (VEX2_MESH const *const mesh : taken) {
         meshes.emplace_back(scene, *mesh);
+        size += mesh->vertex_count() * usual_vertex_size + mesh->triangle_count() * triangle_size;
         if (meshes.back().weighted)
             state->skeleton.add(scene, *meshes.back().weighted);
         if (debug)
@@ -314,6 +317,7 @@ bool MODEL_PROCESSOR::load_from_vex2(VEX2 &scene, VEX2_FILTER const &filter, MOD
                             " triangles, " + std::to_string(mesh->vertex_count()) + " vertices");
     }
     state->skeleton.number_joints();
+    state->document.buffer.reserve(size);
 
     KN::String error;
     auto const lighting = read_lighting_materials(state->lighting_file);

@@ -1,7 +1,5 @@
 #include "platform/gltf/buffer.h"
 
-#include <algorithm>
-
 namespace GLTF {
 
 static std::size_t size_of(COMPONENT component)
@@ -18,11 +16,8 @@ static std::size_t size_of(COMPONENT component)
 
 void BUFFER::reserve(std::size_t more)
 {
-    // Rather twice the room than an exact fit: a caller that announces many small pieces must not move them all each
-    // time.
-    std::size_t const wanted = bytes.size() + more;
-    if (more <= largest && wanted > bytes.capacity())
-        bytes.reserve(std::max(wanted, bytes.capacity() * 2));
+    if (more <= largest)
+        bytes.reserve(bytes.size() + more);
 }
 
 void BUFFER::drop_last()

@@ -27,7 +27,7 @@ class BUFFER {
 public:
     static constexpr std::size_t largest = std::size_t(1) << 31;  // bytes
 
-    // To be told roughly what is coming, where that is known.
+    // To be told once, roughly, what is coming, where that is known.
     void reserve(std::size_t more);
 
     // The index of a new array of zeros, or -1 once the buffer would become larger than `largest`; such a buffer stays
