@@ -86,7 +86,7 @@ int explain_command(OPTIONS const &options)
     print_line(path);
     if (entry == nullptr)
         print_line(QStringLiteral("is no file of the tree, and none that the plan makes"));
-    else if (entry->size < 0)
+    else if (!entry->is_on_disk())
         print_line(QStringLiteral("is not on disk; the plan makes it"));
     print_rules_of(session, path);
 

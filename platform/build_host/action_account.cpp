@@ -1,5 +1,6 @@
 #include "platform/build_host/action_account.h"
 
+#include "platform/build_host/disk_name.h"
 #include "platform/build_host/mix.h"
 #include "platform/build_host/rule_store.h"
 
@@ -108,7 +109,7 @@ void ACTION_ACCOUNT::written(KN::String const &disk_name)
 {
     PHYSICAL_PATH const physical = whole_path(disk_name);
     FILE_ENTRY const *const entry = table.peek(PATHS::logical_path(physical));
-    bookings.push_back({physical, entry != nullptr && entry->size >= 0, false});
+    bookings.push_back({physical, entry != nullptr && entry->is_on_disk(), false});
 }
 
 void ACTION_ACCOUNT::rule_asked(LOGICAL_PATH const &path, QString const &kind, RULE const &rule)
@@ -133,8 +134,12 @@ void ACTION_ACCOUNT::property_read(RULE_DATA const &rule, QString const &propert
         asked.push_back({own_source, rule.kind, &rule, {property}});
 }
 
-void ACTION_ACCOUNT::file_booked(PHYSICAL_PATH const &path, bool present) { bookings.push_back({path, present, true}); }
-void ACTION_ACCOUNT::file_removed(PHYSICAL_PATH const &path) { removals.push_back(path); }
+void ACTION_ACCOUNT::file_booked(PHYSICAL_PATH const &path, bool present)
+{
+    bookings.push_back({whole_path(disk_name(path)), present, true});
+}
+
+void ACTION_ACCOUNT::file_removed(PHYSICAL_PATH const &path) { removals.push_back(whole_path(disk_name(path))); }
 
 std::vector<RULE_QUESTION> ACTION_ACCOUNT::questions() const
 {

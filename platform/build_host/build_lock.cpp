@@ -11,6 +11,8 @@ bool process_lives(int process) { return ::kill(process, 0) == 0 || errno == EPE
 BUILD_LOCK::BUILD_LOCK() = default;
 BUILD_LOCK::~BUILD_LOCK() = default;
 
+void BUILD_LOCK::give_back() { file.reset(); }
+
 bool BUILD_LOCK::take(QString const &state_folder, QString &fault)
 {
     QString const name = state_folder + QStringLiteral("/lock");

@@ -19,6 +19,7 @@ public:
 
     // At once: true, or false with a line in `fault` that names the holder. The folder must stand.
     bool take(QString const &state_folder, QString &fault);
+    void give_back();
 
 private:
     std::unique_ptr<QLockFile> file;

@@ -73,7 +73,7 @@ BUILD_STATE::INDEX::INDEX(FILE_TABLE const &files) : slots_of_ids(std::bit_ceil(
     }
 }
 
-FILE_ENTRY const *BUILD_STATE::INDEX::find(std::uint64_t id) const
+FILE_ENTRY *BUILD_STATE::INDEX::find(std::uint64_t id) const
 {
     std::size_t const mask = slots_of_ids.size() - 1;
     for (std::size_t slot = id & mask; slots_of_ids[slot].second != nullptr; slot = (slot + 1) & mask)
@@ -106,9 +106,14 @@ BUILD_STATE::~BUILD_STATE() = default;
 BUILD_STATE::CHANGE BUILD_STATE::change_of(RECORDED_FILE const &file)
 {
     FILE_STAMP stands;
-    FILE_ENTRY const *const entry = index.find(file.path);
+    FILE_ENTRY *const entry = index.find(file.path);
     QString physical;
     if (entry != nullptr) {
+        if (entry->size == FILE_ENTRY::not_asked) {
+            FILE_STAMP const asked = stamp_of(entry->physical);
+            entry->size = asked.size;
+            entry->time = asked.time;
+        }
         stands.size = entry->size;
         stands.time = entry->time;
     } else if (auto const outside = record.outside_paths().find(file.path); outside != record.outside_paths().end()) {
@@ -128,7 +133,7 @@ BUILD_STATE::CHANGE BUILD_STATE::change_of(RECORDED_FILE const &file)
 bool BUILD_STATE::stands(std::uint64_t path) const
 {
     if (FILE_ENTRY const *const entry = index.find(path))
-        return entry->size != FILE_STAMP::absent;
+        return entry->is_on_disk();
     auto const outside = record.outside_paths().find(path);
     return outside != record.outside_paths().end() && stamp_of(outside->second).size != FILE_STAMP::absent;
 }

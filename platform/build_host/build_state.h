@@ -50,10 +50,10 @@ private:
     class INDEX {
     public:
         explicit INDEX(FILE_TABLE const &files);
-        FILE_ENTRY const *find(std::uint64_t id) const;
+        FILE_ENTRY *find(std::uint64_t id) const;
 
     private:
-        std::vector<std::pair<std::uint64_t, FILE_ENTRY const *>> slots_of_ids;
+        std::vector<std::pair<std::uint64_t, FILE_ENTRY *>> slots_of_ids;
     };
 
     std::uint64_t key(PLANNED_ACTION const &action) const { return keys[std::size_t(action.index)]; }

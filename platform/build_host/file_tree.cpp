@@ -6,26 +6,33 @@
 
 #include <algorithm>
 #include <cstring>
+#include <thread>
 
 namespace {
 
+// What lies below one root.
+struct LISTING {
+    std::vector<FILE_TABLE::ITEM> items;
+    std::vector<RULE_FILE> rule_files;
+    QStringList unfinished, faults;
+};
+
 class SCANNER {
 public:
-    SCANNER(std::vector<FILE_TABLE::ITEM> &found, FILE_TREE &found_others, QStringList &found_faults)
-        : items(found), tree(found_others), faults(found_faults)
-    {}
+    explicit SCANNER(LISTING &found) : listing(found) {}
 
     // Appends in the order of the table, so that nothing is left to sort.
-    void scan(QString const &physical, QString const &logical, bool has_rules, int depth = 0)
+    void scan(QString const &physical, QString const &logical, bool is_raw, int depth = 0)
     {
         constexpr int deepest = 200;
         std::vector<LISTED> entries;
         int error = 0;
         if (depth == deepest)
             error = ELOOP;
-        if (error != 0 || !list_folder(disk_name(physical), entries, error)) {
+        if (error != 0 || !list_folder(disk_name(physical), is_raw, entries, error)) {
             if (error != ENOENT || depth > 0)
-                faults.append(QStringLiteral("%1: %2").arg(physical, QString::fromLocal8Bit(std::strerror(error))));
+                listing.faults.append(
+                    QStringLiteral("%1: %2").arg(physical, QString::fromLocal8Bit(std::strerror(error))));
             return;
         }
         // Paths are ordered as texts, where a folder's name is followed by the "/" of what lies in it.
@@ -37,23 +44,23 @@ public:
         for (LISTED const &entry : entries) {
             if (entry.is_folder) {
                 QString const name = entry.name.chopped(1);
-                scan(join(physical, name), join(logical, name), has_rules, depth + 1);
+                scan(join(physical, name), join(logical, name), is_raw, depth + 1);
                 continue;
             }
-            if (has_rules && entry.name == QLatin1String("rules.toml")) {
-                tree.rule_files.push_back({join(physical, entry.name), LOGICAL_PATH(logical)});
+            if (is_raw && entry.name == QLatin1String("rules.toml")) {
+                listing.rule_files.push_back({join(physical, entry.name), LOGICAL_PATH(logical)});
                 continue;
             }
             if (entry.name.endsWith(QLatin1String(".unfinished")) &&
                 KN::FinishedFile::is_unfinished(entry.name.toStdString())) {
-                tree.unfinished += join(physical, entry.name);
+                listing.unfinished += join(physical, entry.name);
                 continue;
             }
             FILE_ENTRY *const made = new FILE_ENTRY;
             made->physical = PHYSICAL_PATH(join(physical, entry.name));
             made->size = entry.size;
             made->time = entry.time;
-            items.emplace_back(LOGICAL_PATH(join(logical, entry.name)), made);
+            listing.items.emplace_back(LOGICAL_PATH(join(logical, entry.name)), made);
         }
     }
 
@@ -68,9 +75,7 @@ private:
         return path;
     }
 
-    std::vector<FILE_TABLE::ITEM> &items;
-    FILE_TREE &tree;
-    QStringList &faults;
+    LISTING &listing;
 };
 
 // Both ascending; of equal paths the one in `stronger` stays, and the other's entry is deleted.
@@ -116,15 +121,25 @@ void FILE_TREE::assign(std::vector<FILE_TABLE::ITEM> entries)
 void FILE_TREE::scan(TREE_ROOTS const &roots, QStringList &faults)
 {
     clear();
-    auto const list = [&](QString const &root, char const *word, bool has_rules) {
-        std::vector<FILE_TABLE::ITEM> items;
-        SCANNER(items, *this, faults).scan(root, QLatin1String(word), has_rules);
-        return items;
+    // Sizes and times are asked below the raw roots alone: of a product, it is mostly enough that it is there.
+    LISTING lists[4];
+    auto const list = [&](LISTING &listing, QString const &root, bool is_raw) {
+        SCANNER(listing).scan(root, QLatin1String(is_raw ? "<raw>" : "<working>"), is_raw);
     };
-    std::vector<FILE_TABLE::ITEM> old_raw = list(roots.old_raw, "<raw>", true);
-    std::vector<FILE_TABLE::ITEM> items = merge(list(roots.raw, "<raw>", true), std::move(old_raw));
-    std::vector<FILE_TABLE::ITEM> working =
-        merge(list(roots.working, "<working>", false), list(roots.old_working, "<working>", false));
+    std::thread products([&] {
+        list(lists[2], roots.working, false);
+        list(lists[3], roots.old_working, false);
+    });
+    list(lists[0], roots.raw, true);
+    list(lists[1], roots.old_raw, true);
+    products.join();
+    for (LISTING *const listing : {&lists[1], &lists[0], &lists[2], &lists[3]}) {
+        rule_files.insert(rule_files.end(), listing->rule_files.begin(), listing->rule_files.end());
+        unfinished += listing->unfinished;
+        faults += listing->faults;
+    }
+    std::vector<FILE_TABLE::ITEM> items = merge(std::move(lists[0].items), std::move(lists[1].items));
+    std::vector<FILE_TABLE::ITEM> working = merge(std::move(lists[2].items), std::move(lists[3].items));
     items.insert(items.end(), std::make_move_iterator(working.begin()), std::make_move_iterator(working.end()));
     table.assign(std::move(items));
     // Root first; of one folder the current tree's file last, so that it is the stronger.

@@ -1,12 +1,14 @@
 #include "platform/build_host/list_folder.h"
 
+#include "Plugins/Vx2/host/file_table.h"
+
 #include <cerrno>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
-bool list_folder(std::string const &folder, std::vector<LISTED> &entries, int &error)
+bool list_folder(std::string const &folder, bool with_times, std::vector<LISTED> &entries, int &error)
 {
     DIR *const stream = opendir(folder.c_str());
     if (!stream) {
@@ -22,6 +24,10 @@ bool list_folder(std::string const &folder, std::vector<LISTED> &entries, int &e
             continue;
         if (found->d_type == DT_DIR) {
             entries.push_back({name, true, 0, 0});
+            continue;
+        }
+        if (found->d_type == DT_REG && !with_times) {
+            entries.push_back({name, false, FILE_ENTRY::not_asked, 0});
             continue;
         }
         if (found->d_type != DT_REG && found->d_type != DT_LNK && found->d_type != DT_UNKNOWN)

@@ -67,7 +67,7 @@ private:
         int open = 0;   // dependencies that have not ended
         int group = 0;  // 0: none
         bool dependency_failed = false;
-        bool dependency_ran = false;
+        bool has_begun = false;  // an action that it waits for has run, directly or further back
     };
 
     struct GROUP {
@@ -148,7 +148,7 @@ private:
     bool decide(int action)
     {
         if (!plan.actions[std::size_t(action)].action->auto_fail_if_dependency_failed())
-            return !is_stopping || turn(action).dependency_ran;
+            return !is_stopping || turn(action).has_begun;
         return !is_stopping && !turn(action).dependency_failed;
     }
 
@@ -200,7 +200,7 @@ private:
                 continue;
             TURN &other = turn(edge.other);
             other.dependency_failed |= status == ACTION_INTERFACE::FAILED;
-            other.dependency_ran |= ran;
+            other.has_begun |= ran || turn(action).has_begun;
             if (--other.open != 0)
                 continue;
             if (other.group != 0 && other.group == turn(action).group)
@@ -236,9 +236,10 @@ private:
         std::unique_lock guard(lock);
         while (left > 0) {
             ended.wait_for(guard, std::chrono::milliseconds(100));
-            if (result.interrupted || !options.interrupted || !options.interrupted())
+            if (!result.interrupted && !(options.interrupted && options.interrupted()))
                 continue;
             result.interrupted = is_stopping = true;
+            // Time and again: an action that is only beginning may reset itself after it was told.
             for (int const action : running)
                 if (action >= 0)
                     plan.actions[std::size_t(action)].action->abort();

@@ -27,7 +27,15 @@ SESSION::~SESSION()
 {
     up_to_date.reset();
     actions.reset();
+    close();
+}
+
+void SESSION::close()
+{
     set_asset_store(nullptr);
+    rows_of_assets.reset();
+    rows.close();
+    lock.give_back();
 }
 
 bool SESSION::open(QString const &folder, QStringList const &plug_ins)
@@ -139,7 +147,7 @@ bool SESSION::clean(bool only_gone, QStringList &removed)
                 continue;
             QString const path = rows.text(target.path);
             FILE_ENTRY const *const entry = tree.table.peek(LOGICAL_PATH(path));
-            if (entry == nullptr || entry->size < 0 || (only_gone && !gone.contains(path)))
+            if (entry == nullptr || !entry->is_on_disk() || (only_gone && !gone.contains(path)))
                 continue;
             std::error_code fault;
             if (std::filesystem::remove(std::string(disk_name(entry->physical)), fault))

@@ -17,6 +17,9 @@ class BUILD_HOST_API SESSION {
 public:
     SESSION();
     ~SESSION();
+    // Gives back what others wait for: the lock, the record, the database. All that a program needs to do before it
+    // ends: taking a large tree's memory apart would only cost time.
+    void close();
     SESSION(SESSION const &) = delete;
     SESSION &operator=(SESSION const &) = delete;
 

@@ -42,6 +42,40 @@ TOML_NODE convert(toml::node const &node)
     return made;
 }
 
+// How many sections the longest dotted key has. The parser bounds how deep values stand in each other, but makes a
+// table for each section of a key, and goes through these by recursion.
+int longest_key(std::string_view text)
+{
+    int sections = 1, longest = 1;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        char const unit = text[at];
+        if (unit == '#') {
+            at = std::min(text.find('\n', at), text.size());
+            sections = 1;
+        } else if (unit == '"' || unit == '\'') {
+            std::string_view const start = text.substr(at);
+            std::size_t const quotes = std::min(start.find_first_not_of(unit), start.size());
+            bool const has_lines = quotes >= 3;
+            if (!has_lines && quotes == 2) {
+                ++at;  // an empty text
+                continue;
+            }
+            std::string_view const end = start.substr(0, has_lines ? 3 : 1);
+            at += has_lines ? 3 : 1;
+            while (at < text.size() && text.substr(at, end.size()) != end && (has_lines || text[at] != '\n'))
+                at += unit == '"' && text[at] == '\\' ? 2 : 1;
+            at += end.size() - 1;
+            while (has_lines && at + 1 < text.size() && text[at + 1] == unit)
+                ++at;  // quotes that end the text itself
+        } else if (unit == '.') {
+            longest = std::max(longest, ++sections);
+        } else if (unit == '\n' || unit == ',' || unit == '=') {
+            sections = 1;
+        }
+    }
+    return longest;
+}
+
 }  // namespace
 
 TOML_NODE const *TOML_NODE::find(QString const &name) const
@@ -71,8 +105,14 @@ bool read_toml(QByteArray const &text, QString const &shown, TOML_NODE &root, QS
                     .arg(largest);
         return false;
     }
+    constexpr int most_sections = 16;
+    std::string_view const bytes(text.constData(), std::size_t(text.size()));
+    if (longest_key(bytes) > most_sections) {
+        fault = QStringLiteral("%1: a key has more than %2 sections").arg(shown).arg(most_sections);
+        return false;
+    }
     try {
-        root = convert(toml::parse(std::string_view(text.constData(), std::size_t(text.size()))));
+        root = convert(toml::parse(bytes));
         return true;
     } catch (toml::parse_error const &error) {
         fault =

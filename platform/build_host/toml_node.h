@@ -25,5 +25,6 @@ struct TOML_NODE {
     bool read_texts(QStringList &texts) const;
 };
 
-// False, with "SHOWN:LINE: what is wrong", if the text is no TOML or larger than 1 MiB.
+// False, with "SHOWN:LINE: what is wrong", if the text is no TOML, larger than 1 MiB, or nested
+// without sense.
 bool read_toml(QByteArray const &text, QString const &shown, TOML_NODE &root, QString &fault);

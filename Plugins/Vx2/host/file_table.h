@@ -19,8 +19,11 @@ struct FILE_ENTRY {
     PHYSICAL_PATH physical;
     int state = PRESENT;
     QVector<ACTION_INTERFACE *> actions;  // those that write it, in the order of the plan
-    qint64 size = -1;                     // bytes, when the tree was listed; -1: not on disk
+    qint64 size = -1;                     // bytes, when the tree was listed; -1: not on disk; -2: on disk, not asked
     qint64 time = 0;                      // last change, nanoseconds since 1970, when the tree was listed
+
+    static constexpr qint64 not_asked = -2;
+    bool is_on_disk() const { return size != -1; }
 };
 
 using FILE_TABLE = LOCKABLE_MAP<LOGICAL_PATH, FILE_ENTRY *>;
