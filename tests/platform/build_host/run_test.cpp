@@ -132,15 +132,18 @@ TEST(Run, AFailureFailsWhatDependsOnItButCleanUpsRun)
 
 TEST(Run, WithoutKeepGoingAFailureEndsTheRunAfterItsCleanUp)
 {
-    ACTIONS actions(5);
+    ACTIONS actions(7);
     actions['B'].work = fail;
     actions['D'].add_dependency(&actions['B'], false);
     actions['D'].auto_fail = false;
     actions['E'].add_dependency(&actions['C'], false);
     actions['E'].auto_fail = false;  // nothing to clean up: C did not run
+    actions['F'].add_dependency(&actions['B'], true);
+    actions['G'].add_dependency(&actions['F'], false);
+    actions['G'].auto_fail = false;  // F did not run, but what B left is there
     MEMORY_STATE state;
     RUN_RESULT const result = actions.run(state, {.jobs = 1, .keep_going = false, .interrupted = {}});
-    EXPECT_EQ(state.events.join(' '), "+A -A +B -B xC +D -D xE");
+    EXPECT_EQ(state.events.join(' '), "+A -A +B -B xC +D -D xE xF +G -G");
     EXPECT_EQ(result.statuses[2], ACTION_INTERFACE::SKIPPED);
 }
 
