@@ -136,12 +136,20 @@ TEST(Rules, FaultsNamePlaceAndWayOut)
         {"Model = 3", "f/rules.toml:1: 'Model' is no rule; a rule is written [KIND] or [[KIND]]"},
         {"[global.Settings]\nEnabled = 1", "f/rules.toml:1: global rules stand in mox.toml"},
         {"[paths]\nraw = 'x'", "f/rules.toml:1: there is no rule kind 'paths'"},
+        {"[a.a.a.a.a.a.a.a.a.a.a.a.a.a.a.a.a]", "f/rules.toml: a key has more than 16 sections"},
+        {"x = [\"\"\"a\"\"\"\", { 'a' . a.a.a.a.a.a.a.a.a.a.a.a.a.a.a.a = 1 }]",
+         "f/rules.toml: a key has more than 16 sections"},
     };
     for (auto const &c : cases) {
         ASSET_TREE tree;
         tree.add_folder_rules("f", c.text);
         EXPECT_EQ(tree.faults, QStringList{c.fault}) << c.text;
     }
+    // Dots that separate no sections.
+    ASSET_TREE dotted;
+    dotted.add_folder_rules("f", "# ....................\n[Model]\nTargetPath = \"\\\"....................\"\n"
+                                 "Tree = '''...\n'.................'''\n");
+    EXPECT_EQ(dotted.faults, QStringList());
     // What is no TOML is told with its line, in the parser's words.
     ASSET_TREE tree;
     tree.add_folder_rules("f", "[Model]\nTree = \n");
