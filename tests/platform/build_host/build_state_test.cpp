@@ -147,6 +147,8 @@ TEST_F(BUILT_TREE, CleanRemovesWhatTheBuildWroteAndNothingElse)
     write("raw_data/found.txt", "found");
     write("working_data/by_hand.out", "mine");
     build();
+    EXPECT_EQ(read("working_data/.mox/depot.txt"), "add working_data/made/a.out\nadd working_data/made/a.out.extra\n"
+                                                   "add working_data/made/b.out\nadd working_data/made/found.out\n");
     QFile::remove(path("raw_data/b.txt"));
     EXPECT_EQ(build().gone, QStringList("<working>/made/b.out"));
 

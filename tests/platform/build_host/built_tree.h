@@ -63,7 +63,8 @@ public:
             QFile::remove(to);
         if (text.find("extra") != std::string::npos) {
             KN::write_finished_file(disk_name(to) + ".extra", made, error);
-            add_to_perforce(PHYSICAL_PATH(to + ".extra"), files, false, {});
+            // Converters may join paths with a backslash.
+            add_to_perforce(PHYSICAL_PATH(target_path() + '\\' + target_stem() + ".out.extra"), files, false, {});
         }
         return written;
     }
