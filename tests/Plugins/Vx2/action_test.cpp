@@ -198,6 +198,11 @@ TEST_F(ACTIONS, AModelWithoutAPreparedSceneLoadsItsFile)
     model.set_target_path(root + "/working_data/m");
     EXPECT_EQ(run(model), ACTION_INTERFACE::DONE) << lines(model).join("\n").toStdString();
     EXPECT_TRUE(scratch.holds("working_data/m/hut.rigid_model_v2"));
+
+    ACTION_MODEL outside(hut, LOGICAL_PATH("<working>/../t"), "", false, nullptr);
+    outside.set_target_path(root + "/working_data/m");
+    EXPECT_EQ(run(outside), ACTION_INTERFACE::FAILED);
+    EXPECT_EQ(lines(outside).last(), "the texture folder '../t' lies outside the tree");
     put_scene("");
     EXPECT_EQ(run(model), ACTION_INTERFACE::FAILED);
 }
