@@ -46,7 +46,7 @@ int main(int count, char **arguments)
     int (*command)(OPTIONS const &) = nullptr;
 
     CLI::App app("Builds a tree of assets by its rules.", "mox");
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
     app.fallthrough();
     text_option(&app, "-C,--project", options.folder, "folder of the project (default: the nearest with a mox.toml)");
     texts_option(&app, "--plugin", options.plug_ins, "a further plug-in module, or a folder of such");
@@ -96,6 +96,10 @@ int main(int count, char **arguments)
         bool const is_help = error.get_exit_code() == 0;
         app.exit(error);
         return is_help ? EXIT_DONE : EXIT_USAGE;
+    }
+    if (command == nullptr) {
+        print_error(QStringLiteral("mox: which command? 'mox --help' lists them"));
+        return EXIT_USAGE;
     }
     return command(options);
 }

@@ -1,0 +1,213 @@
+// The program itself on the example tree: what a user sees, and what a kill leaves behind.
+
+#include <QtCore/QDir>
+#include <QtCore/QDirIterator>
+#include <QtCore/QFile>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QProcess>
+#include <QtCore/QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+
+#include <signal.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// The programs stand beside this one.
+QString program(char const *name)
+{
+    return QString::fromStdString((fs::read_symlink("/proc/self/exe").parent_path() / name).string());
+}
+
+struct RESULT {
+    int code;
+    QString out, error;
+};
+
+class MoxTest : public testing::Test {
+protected:
+    MoxTest() { EXPECT_EQ(run(program("make_examples"), {tree()}).code, 0); }
+
+    QString tree() const { return folder.path() + "/tree"; }
+    static RESULT run(QString const &name, QStringList const &arguments)
+    {
+        QProcess process;
+        process.start(name, arguments);
+        process.waitForFinished(-1);
+        return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+    }
+    RESULT mox(QStringList const &arguments) const
+    {
+        return run(program("mox"), QStringList{"-C", tree()} + arguments);
+    }
+    // The last event of a build; its fields count actions.
+    QJsonObject build() const
+    {
+        RESULT const result = mox({"build", "--json", "--jobs", "1"});
+        EXPECT_EQ(result.code, 0) << result.error.toStdString();
+        QString const last = result.out.trimmed().section('\n', -1);
+        return QJsonDocument::fromJson(last.toUtf8()).object();
+    }
+    // Every file below a folder of the tree by its path; what the host keeps for itself apart.
+    std::map<QString, QByteArray> files(QString const &below) const
+    {
+        std::map<QString, QByteArray> found;
+        for (QDirIterator at(tree() + '/' + below, QDir::Files, QDirIterator::Subdirectories); at.hasNext();) {
+            QFile file(at.next());
+            if (file.fileName().contains("assets.sqlite") || !file.open(QIODevice::ReadOnly))
+                continue;
+            found[QDir(tree()).relativeFilePath(file.fileName())] = file.readAll();
+        }
+        return found;
+    }
+
+    QTemporaryDir folder;
+};
+
+TEST_F(MoxTest, ASecondBuildDoesNothingAndCleanLeavesTheArtAlone)
+{
+    auto const raw = files("raw_data");
+    EXPECT_GT(build()["done"].toInt(), 20);
+    auto const products = files("working_data");
+    QJsonObject const second = build();
+    EXPECT_EQ(second["done"].toInt(), 0);
+    EXPECT_GT(second["up_to_date"].toInt(), 20);
+    EXPECT_EQ(files("working_data"), products);
+
+    EXPECT_EQ(mox({"clean"}).code, 0);
+    EXPECT_EQ(files("raw_data"), raw);
+    for (auto const &file : files("working_data"))
+        EXPECT_TRUE(file.first.startsWith("working_data/database/")) << file.first.toStdString();
+    build();
+    EXPECT_EQ(files("working_data"), products);
+}
+
+// Rebuilt are the scene and those that refer to it, nothing else, and `explain` says so beforehand.
+TEST_F(MoxTest, AChangedSceneRebuildsItselfAndWhatRefersToIt)
+{
+    build();
+    QString const barrel = tree() + "/raw_data/props/barrel.vx2";
+    QFile scene(barrel);
+    ASSERT_TRUE(scene.open(QIODevice::ReadWrite | QIODevice::Append));
+    scene.write(QByteArray("\x08\0\0\0\xff\xff\xff\x7f", 8));  // an empty chunk of a type that nobody knows
+    scene.close();
+    EXPECT_TRUE(mox({"explain", barrel}).out.contains("will run: <raw>/props/barrel.vx2 has changed"));
+    RESULT const result = mox({"build", "--json"});
+    EXPECT_EQ(result.code, 0) << result.error.toStdString();
+    for (QString const &line : result.out.split('\n', Qt::SkipEmptyParts)) {
+        QJsonObject const event = QJsonDocument::fromJson(line.toUtf8()).object();
+        if (event["event"] != "start")
+            continue;
+        QString const told = event["reason"].toString() + event["name"].toString();
+        EXPECT_TRUE(told.contains("barrel") || told.contains("yard")) << line.toStdString();
+    }
+    EXPECT_EQ(build()["done"].toInt(), 0);
+}
+
+// A kill at any moment leaves whole products only, and the next build ends like one that nobody disturbed.
+TEST_F(MoxTest, AKillLeavesNothingHalfWrittenAndTheNextBuildCompletes)
+{
+    auto const start = std::chrono::steady_clock::now();
+    build();
+    auto const whole = std::chrono::steady_clock::now() - start;
+    auto const expected = files("working_data");
+
+    constexpr int places = 20;
+    for (int place = 0; place < places; ++place) {
+        SCOPED_TRACE(place);
+        QDir(tree()).removeRecursively();
+        ASSERT_EQ(run(program("make_examples"), {tree()}).code, 0);
+        QProcess process;
+        process.start(program("mox"), {"-C", tree(), "build", "--jobs", "1"});
+        ASSERT_TRUE(process.waitForStarted());
+        auto const moment = std::chrono::duration_cast<std::chrono::milliseconds>(whole * (place + 1) / (places + 1));
+        if (!process.waitForFinished(int(moment.count())))
+            process.kill();
+        process.waitForFinished(-1);
+        for (auto const &[name, bytes] : files("working_data"))
+            if (!name.endsWith(".unfinished") && !name.startsWith("working_data/database/")) {
+                ASSERT_TRUE(expected.count(name)) << name.toStdString();
+                EXPECT_EQ(expected.at(name), bytes) << name.toStdString();
+            }
+        build();
+        EXPECT_EQ(files("working_data"), expected);
+    }
+}
+
+TEST_F(MoxTest, AnInterruptionEndsInOrderAndTheNextBuildGoesOn)
+{
+    QProcess process;
+    process.start(program("mox"), {"-C", tree(), "build", "--jobs", "1"});
+    ASSERT_TRUE(process.waitForReadyRead(-1));  // the first action has ended
+    ::kill(pid_t(process.processId()), SIGINT);
+    process.waitForFinished(-1);
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    QString const said = process.readAllStandardOutput();
+    if (process.exitCode() != 0) {  // else the build was quicker than the signal
+        EXPECT_EQ(process.exitCode(), 1);
+        EXPECT_TRUE(said.contains("interrupted: ")) << said.toStdString();
+        EXPECT_GT(build()["done"].toInt(), 0);
+    }
+    EXPECT_EQ(build()["done"].toInt(), 0);
+}
+
+TEST_F(MoxTest, ThePlanPrintsEachActionWithItsEdges)
+{
+    QJsonArray const plan = QJsonDocument::fromJson(mox({"plan", "--format", "json"}).out.toUtf8()).array();
+    QJsonObject model, prepare;
+    for (QJsonValue const &action : plan) {
+        EXPECT_EQ(action.toObject().keys(), QStringList({"class", "dependencies", "errors", "extension", "group",
+                                                         "index", "name", "pulls", "source", "target"}));
+        if (action["source"] == "<raw>/buildings/hut.vx2" && action["class"] == "ACTION_MODEL")
+            model = action.toObject();
+        if (action["source"] == "<raw>/buildings/hut.vx2" && action["class"] == "ACTION_PREPARE_VEX2")
+            prepare = action.toObject();
+    }
+    EXPECT_EQ(model["target"], "<working>/models/buildings/hut.rigid_model_v2");
+    EXPECT_EQ(model["extension"], ".rigid_model_v2");
+    EXPECT_EQ(model["group"], prepare["group"]);
+    EXPECT_EQ(model["dependencies"],
+              QJsonArray({QJsonObject{{"on", prepare["index"]}, {"flag", true}, {"by", "plugin"}}}));
+    EXPECT_EQ(prepare["target"], "");
+    EXPECT_TRUE(mox({"plan", "--graph", "dot"}).out.startsWith("digraph plan {"));
+}
+
+TEST_F(MoxTest, FaultsOfUseAndOfTheProjectHaveTheirExitCodes)
+{
+    QString const nowhere = folder.path() + "/nowhere";
+    struct {
+        QStringList arguments;
+        int code;
+        QString said;
+    } const cases[] = {
+        {{"frobnicate"}, 2, "frobnicate"},
+        {{"build", "--jobs", "0"}, 2, "--jobs"},
+        {{"build", "--tweak", "NO_SUCH=1"}, 2, "TREEBILLBOARD_PIXELSPERMETER"},
+        {{"-C", nowhere, "build"}, 1, "mox init"},
+        {{"init", tree()}, 1, "is there already"},
+        {{"db", "no_such_table"}, 1, "no table"},
+    };
+    for (auto const &c : cases) {
+        SCOPED_TRACE(c.arguments.join(' ').toStdString());
+        RESULT const result = c.arguments[0] == "-C" ? run(program("mox"), c.arguments) : mox(c.arguments);
+        EXPECT_EQ(result.code, c.code);
+        EXPECT_TRUE((result.out + result.error).contains(c.said)) << result.error.toStdString();
+    }
+    QFile rules(tree() + "/raw_data/props/rules.toml");
+    ASSERT_TRUE(rules.open(QIODevice::Append));
+    rules.write("\n[RigidModelV2x]\n");
+    rules.close();
+    RESULT const result = mox({"build"});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_TRUE(result.error.contains("raw_data/props/rules.toml:")) << result.error.toStdString();
+    EXPECT_EQ(result.error.count('\n'), 1);
+}
+
+}  // namespace
