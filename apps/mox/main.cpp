@@ -8,6 +8,7 @@
 #include <QtCore/QTextCodec>
 
 #include <clocale>
+#include <cstdio>
 
 namespace {
 
@@ -101,5 +102,9 @@ int main(int count, char **arguments)
         print_error(QStringLiteral("mox: which command? 'mox --help' lists them"));
         return EXIT_USAGE;
     }
-    return command(options);
+    int const code = command(options);
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
+        return code;
+    print_error(QStringLiteral("standard output cannot be written; is the disk full?"));
+    return EXIT_FAILED;
 }

@@ -484,6 +484,15 @@ QStringList BUILD_STATE::products_of_nobody() const
     for (PLANNED_ACTION const &action : plan.actions)
         for (TARGET_FILE const &target : action.targets)
             claimed.insert(text_id(target.logical));
+    // What they wrote besides, and what they read, whoever wrote it: a picture that two models share.
+    record.for_each([&](std::uint64_t key, RECORD_ROW const &row) {
+        if (!is_planned(key))
+            return;
+        for (RECORDED_TARGET const &target : row.targets)
+            claimed.insert(target.path);
+        for (RECORDED_FILE const &file : row.files)
+            claimed.insert(file.path);
+    });
     record.for_each([&](std::uint64_t key, RECORD_ROW const &row) {
         for (RECORDED_TARGET const &target : row.targets)
             if (!is_planned(key) && (target.flags & RECORDED_TARGET::WRITTEN) != 0 && claimed.count(target.path) == 0 &&

@@ -40,13 +40,15 @@ bool lies_below(QString const &path, QString const &folder)
     return path.startsWith(folder) && (path.size() == folder.size() || path[folder.size()] == QLatin1Char('/'));
 }
 
-// Backslashes turned, repeated slashes made one. Most paths are so already, and are shared then.
+// Backslashes turned, repeated slashes made one, sections "." left out. Most paths are so already, and are shared then.
 QString tidy(QString const &path)
 {
     bool is_tidy = true;
-    ushort before = 0;
+    ushort before = 0, further = 0;
     for (QChar const unit : path) {
-        is_tidy &= unit != QLatin1Char('\\') && !(unit == QLatin1Char('/') && before == '/');
+        is_tidy &= unit != QLatin1Char('\\') &&
+                   !(unit == QLatin1Char('/') && (before == '/' || (before == '.' && further == '/')));
+        further = before;
         before = unit.unicode();
     }
     if (is_tidy)
@@ -56,7 +58,9 @@ QString tidy(QString const &path)
     for (QChar unit : path) {
         if (unit == QLatin1Char('\\'))
             unit = QLatin1Char('/');
-        if (unit != QLatin1Char('/') || !turned.endsWith(QLatin1Char('/')))
+        if (unit == QLatin1Char('/') && turned.endsWith(QLatin1String("/.")))
+            turned.chop(1);
+        else if (unit != QLatin1Char('/') || !turned.endsWith(QLatin1Char('/')))
             turned += unit;
     }
     return turned;

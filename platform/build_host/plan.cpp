@@ -22,6 +22,9 @@ QString class_name_of(std::type_info const &type)
     return name;
 }
 
+// Listing a tree passes names by that begin with a dot.
+bool is_hidden(LOGICAL_PATH const &path) { return path.contains(QLatin1String("/.")); }
+
 bool stays_in_tree(LOGICAL_PATH const &path)
 {
     if (!path.startsWith(QLatin1String("<working>/")) && !path.startsWith(QLatin1String("<raw>/")))
@@ -125,6 +128,11 @@ private:
             planned.has_products = true;
             if (!stays_in_tree(target.logical)) {
                 planned.action->set_error(QStringLiteral("its target %1 lies outside the tree").arg(target.physical));
+                return;
+            }
+            if (is_hidden(target.logical)) {
+                planned.action->set_error(
+                    QStringLiteral("its target %1 is hidden by a name that begins with a dot").arg(target.physical));
                 return;
             }
         }

@@ -142,13 +142,18 @@ bool SESSION::clean(bool only_gone, QStringList &removed)
         std::uint64_t const wanted =
             RECORDED_TARGET::WRITTEN |
             ((row.flags & RECORD_ROW::OWED) != 0 ? std::uint64_t(RECORDED_TARGET::AWAITED) : 0);
+        bool is_needed = false;
         for (RECORDED_TARGET const &target : row.targets) {
             if ((target.flags & wanted) == 0)
                 continue;
             QString const path = rows.text(target.path);
             FILE_ENTRY const *const entry = tree.table.peek(LOGICAL_PATH(path));
-            if (entry == nullptr || !entry->is_on_disk() || (only_gone && !gone.contains(path)))
+            if (entry == nullptr || !entry->is_on_disk())
                 continue;
+            if (only_gone && !gone.contains(path)) {
+                is_needed = true;  // by others; that a build wrote it is known from this row alone
+                continue;
+            }
             std::error_code fault;
             if (std::filesystem::remove(std::string(disk_name(entry->physical)), fault))
                 removed += entry->physical;
@@ -156,7 +161,8 @@ bool SESSION::clean(bool only_gone, QStringList &removed)
                 fault_lines += QStringLiteral("%1: cannot be removed: %2")
                                    .arg(entry->physical, QString::fromLocal8Bit(fault.message().c_str()));
         }
-        rows.remove(key);
+        if (!is_needed)
+            rows.remove(key);
     });
     QString fault;
     if (std::size_t(fault_lines.size()) == faults_before && !rows.flush(fault))

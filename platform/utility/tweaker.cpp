@@ -30,7 +30,7 @@ bool set_tweaker(KN::UniString const &name, KN::String const &text)
         return false;
     std::istringstream stream(text);
     entry->second->read(stream);
-    return true;
+    return !stream.fail();
 }
 
 }  // namespace UTILITYDLL

@@ -56,8 +56,8 @@ public:
     static QString target_working_data(PHYSICAL_PATH const &source);
 
     // "<raw>/..." below a raw root, "<working>/..." below a working root, the bare word for a root itself. Backslashes
-    // become slashes, repeated slashes one, case is kept. A path outside all roots comes back with its separators
-    // turned.
+    // become slashes, repeated slashes one, sections "." go, case is kept. A path outside all roots comes back with its
+    // separators turned.
     static LOGICAL_PATH logical_path(PHYSICAL_PATH const &physical);
 
     // The folder below the working root that a rule's property names for a file. A value that starts with "<working>/"

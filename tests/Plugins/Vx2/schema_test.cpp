@@ -70,7 +70,7 @@ TEST(Vx2LoadTimeObjects, TweakerOfATakenNameKeepsItsDefault)
         EXPECT_EQ(second.value, 17);
     }
     EXPECT_EQ(UTILITYDLL::tweakers().at(name), first);  // the loser's end does not take it along
-    UTILITYDLL::set_tweaker(name, "wide");
+    EXPECT_FALSE(UTILITYDLL::set_tweaker(name, "wide"));
     std::ostringstream text;
     first->write(text);
     EXPECT_EQ(text.str(), "25");

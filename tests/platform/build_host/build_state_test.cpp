@@ -166,6 +166,17 @@ TEST_F(BUILT_TREE, CleanRemovesWhatTheBuildWroteAndNothingElse)
         return removed;
     };
     EXPECT_EQ(clean(true), QStringList("made/b.out"));
+
+    // What another action reads is not gone with the one that wrote it.
+    write("raw_data/reader.txt", "use ../working_data/made/a.out.extra");
+    build();
+    QFile::remove(path("raw_data/a.txt"));
+    EXPECT_EQ(build().gone, QStringList("<working>/made/a.out"));
+    EXPECT_EQ(clean(true), QStringList("made/a.out"));
+    QFile::remove(path("raw_data/reader.txt"));
+    write(a_text, "extra");
+    build();
+    EXPECT_EQ(clean(true), QStringList({"made/reader.out", "made/reader.out.extra"}));
     EXPECT_EQ(build().run, QStringList());
     EXPECT_EQ(clean(false), QStringList({"made/a.out", "made/a.out.extra", "made/found.out"}));
     EXPECT_EQ(read("working_data/by_hand.out"), "mine");

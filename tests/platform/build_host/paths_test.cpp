@@ -17,6 +17,7 @@ TEST(Paths, LogicalPath)
         {"/tree/raw_data/", "<raw>"},
         {"/tree/raw_data\\props\\hut.vx2", "<raw>/props/hut.vx2"},
         {"/tree/working_data//props//hut", "<working>/props/hut"},
+        {"/tree/working_data/./props\\.\\./hut.d", "<working>/props/hut.d"},
         {"/tree/raw_database/hut.vx2", "/tree/raw_database/hut.vx2"},
         {"/elsewhere/hut.vx2", "/elsewhere/hut.vx2"},
     };

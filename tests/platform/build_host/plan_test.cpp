@@ -105,7 +105,8 @@ TEST(Plan, FaultsBecomeErrorsOfTheirActions)
     TEST_ACTION *const b = new TEST_ACTION("B", {}, {"<working>/../../etc/passwd"});
     TEST_ACTION *const c = new TEST_ACTION("C", {}, {"/etc/passwd"});
     TEST_ACTION *const d = new TEST_ACTION("D", {"<raw>/x"}, {"<raw>/x"});  // its own source: no product
-    TEST_PROCESSOR processor({a, b, c, d});
+    TEST_ACTION *const e = new TEST_ACTION("E", {}, {"<working>/.mox/record.sqlite"});
+    TEST_PROCESSOR processor({a, b, c, d, e});
     ASSET_TREE tree("", {"x"});
     PLAN const &plan = tree.plan({&processor});
     EXPECT_EQ(a->error(), "it is linked to an action that is not part of the plan");
@@ -113,6 +114,8 @@ TEST(Plan, FaultsBecomeErrorsOfTheirActions)
     EXPECT_EQ(c->error(), "its target /etc/passwd lies outside the tree");
     EXPECT_EQ(d->error(), "");
     EXPECT_FALSE(plan.actions[3].has_products);
+    EXPECT_EQ(e->error(),
+              "its target /tree/working_data/.mox/record.sqlite is hidden by a name that begins with a dot");
     EXPECT_TRUE(tree.files.table.value(LOGICAL_PATH("<raw>/x"))->actions.isEmpty());
 }
 
