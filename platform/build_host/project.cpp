@@ -137,6 +137,7 @@ bool read_project(QString const &folder, PROJECT &project, QStringList &faults)
                           {.key = "old_raw", .text = &roots.old_raw},
                           {.key = "working", .text = &roots.working},
                           {.key = "old_working", .text = &roots.old_working}});
+    reader.read("plug_ins", {{.key = "files", .texts = &project.plug_ins}});
     reader.read("database", {{.key = "driver", .text = &project.database.driver},
                              {.key = "name", .text = &project.database.name},
                              {.key = "host", .text = &project.database.host},
@@ -153,6 +154,8 @@ bool read_project(QString const &folder, PROJECT &project, QStringList &faults)
     project.roots = {below(project.folder, roots.raw), below(project.folder, roots.old_raw),
                      below(project.folder, roots.working), below(project.folder, roots.old_working)};
     check_roots(project, faults);
+    for (QString &plug_in : project.plug_ins)
+        plug_in = below(project.folder, plug_in);
     project.state_folder = project.roots.working + QStringLiteral("/.mox");
     if (project.database.driver == QLatin1String("sqlite"))
         project.database.name = below(project.folder, project.database.name.isEmpty()

@@ -1,5 +1,5 @@
-// A project: the tree of one game, described by the file mox.toml in its folder. Its [paths], [database] and [depot]
-// are read here; everything else in that file is rules (rule_store.h).
+// A project: the tree of one game, described by the file mox.toml in its folder. Its [paths], [plug_ins], [database]
+// and [depot] are read here; everything else in that file is rules (rule_store.h).
 #pragma once
 
 #include "platform/build_host/api.h"
@@ -18,6 +18,7 @@ struct PROJECT {
     QString folder;  // absolute
     TREE_ROOTS roots;
     QString state_folder;  // <working>/.mox: what the host itself keeps; hidden, so no part of the tree
+    QStringList plug_ins;  // modules, and folders of such, besides those of the program; physical
     DATABASE_SETTINGS database;
     DEPOT_SETTINGS depot;
 };

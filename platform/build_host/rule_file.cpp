@@ -63,7 +63,7 @@ public:
     void read(TOML_NODE const &root, bool is_project)
     {
         static QStringList const settings = {QStringLiteral("paths"), QStringLiteral("database"),
-                                             QStringLiteral("depot")};
+                                             QStringLiteral("depot"), QStringLiteral("plug_ins")};
         for (TOML_NODE const &item : root.items) {
             if (item.key == QLatin1String("global")) {
                 if (!is_project)

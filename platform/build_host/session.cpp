@@ -50,7 +50,7 @@ bool SESSION::open(QString const &folder, QStringList const &plug_ins)
     if (!read_project(where, current, fault_lines))
         return false;
     set_current_roots(current.roots);
-    if (!load_plug_ins(plug_ins))
+    if (!load_plug_ins(plug_ins + current.plug_ins))
         return false;
     rows_of_assets = std::make_unique<ASSET_DATABASE>(current.database, current.state_folder);
     depot = std::make_unique<DEPOT>(current.depot, current.folder, current.state_folder);
@@ -189,6 +189,9 @@ constexpr char project_text[] =
 # working = "working_data"         # finished products, as the game loads them
 # old_raw = "old_raw_data"         # a second pair of trees, for data that is no longer worked on
 # old_working = "old_working_data"
+
+[plug_ins]
+# files = []                       # modules to load besides those of the program, and folders of such
 
 [database]
 # driver = "sqlite"                # or "postgresql", with host, port, user and password_variable (the name of an

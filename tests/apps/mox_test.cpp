@@ -200,6 +200,18 @@ TEST_F(MoxTest, FaultsOfUseAndOfTheProjectHaveTheirExitCodes)
         EXPECT_EQ(result.code, c.code);
         EXPECT_TRUE((result.out + result.error).contains(c.said)) << result.error.toStdString();
     }
+    QFile settings(tree() + "/mox.toml");
+    ASSERT_TRUE(settings.open(QIODevice::ReadWrite));
+    QByteArray const before = settings.readAll();
+    settings.write("\n[plug_ins]\nfiles = [\"more/absent.so\"]\n");
+    settings.close();
+    RESULT const absent = mox({"build"});
+    EXPECT_EQ(absent.code, 1);
+    EXPECT_TRUE(absent.error.contains(tree() + "/more/absent.so")) << absent.error.toStdString();
+    ASSERT_TRUE(settings.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    settings.write(before);
+    settings.close();
+
     QFile rules(tree() + "/raw_data/props/rules.toml");
     ASSERT_TRUE(rules.open(QIODevice::Append));
     rules.write("\n[RigidModelV2x]\n");

@@ -8,7 +8,7 @@ QString const a_text = QStringLiteral("raw_data/a.txt");
 
 TEST_F(BUILT_TREE, NothingToDoRunsNothingAndReadsNoContents)
 {
-    write(a_text, "use b.txt\nuse missing.txt\n");
+    write(a_text, "use b.txt\nuse missing.txt\npublish");
     write("raw_data/b.txt", "b");
     EXPECT_EQ(build().run, QStringList({"a", "b"}));
     BUILD const second = build();
@@ -142,7 +142,7 @@ TEST_F(BUILT_TREE, AFailureNeverTouchesRawArt)
 
 TEST_F(BUILT_TREE, CleanRemovesWhatTheBuildWroteAndNothingElse)
 {
-    write(a_text, "extra");
+    write(a_text, "extra publish");
     write("raw_data/b.txt", "b");
     write("raw_data/found.txt", "found");
     write("working_data/by_hand.out", "mine");
@@ -178,7 +178,7 @@ TEST_F(BUILT_TREE, CleanRemovesWhatTheBuildWroteAndNothingElse)
     build();
     EXPECT_EQ(clean(true), QStringList({"made/reader.out", "made/reader.out.extra"}));
     EXPECT_EQ(build().run, QStringList());
-    EXPECT_EQ(clean(false), QStringList({"made/a.out", "made/a.out.extra", "made/found.out"}));
+    EXPECT_EQ(clean(false), QStringList({"made/a.out", "made/a.out.extra", "made/a.out.shared", "made/found.out"}));
     EXPECT_EQ(read("working_data/by_hand.out"), "mine");
     EXPECT_EQ(build().run, QStringList({"a", "found"}));
 }

@@ -61,6 +61,8 @@ public:
             output_line(QStringLiteral("told to fail"), 2);
         if (text.find("forget") != std::string::npos)
             QFile::remove(to);
+        if (text.find("publish") != std::string::npos && !KN::exists(disk_name(to) + ".shared"))
+            KN::write_finished_file(disk_name(to) + ".shared", "shared", error);  // as a library does, unbooked
         if (text.find("extra") != std::string::npos) {
             KN::write_finished_file(disk_name(to) + ".extra", made, error);
             // Converters may join paths with a backslash.
