@@ -142,13 +142,14 @@ TEST_F(BUILT_TREE, AFailureNeverTouchesRawArt)
 
 TEST_F(BUILT_TREE, CleanRemovesWhatTheBuildWroteAndNothingElse)
 {
-    write(a_text, "extra publish");
+    write(a_text, "extra");
     write("raw_data/b.txt", "b");
-    write("raw_data/found.txt", "found");
+    write("raw_data/found.txt", "found publish");
     write("working_data/by_hand.out", "mine");
     build();
     EXPECT_EQ(read("working_data/.mox/depot.txt"), "add working_data/made/a.out\nadd working_data/made/a.out.extra\n"
-                                                   "add working_data/made/b.out\nadd working_data/made/found.out\n");
+                                                   "add working_data/made/b.out\nadd working_data/made/found.out\n"
+                                                   "add working_data/made/found.out.shared\n");
     QFile::remove(path("raw_data/b.txt"));
     EXPECT_EQ(build().gone, QStringList("<working>/made/b.out"));
 
@@ -178,7 +179,7 @@ TEST_F(BUILT_TREE, CleanRemovesWhatTheBuildWroteAndNothingElse)
     build();
     EXPECT_EQ(clean(true), QStringList({"made/reader.out", "made/reader.out.extra"}));
     EXPECT_EQ(build().run, QStringList());
-    EXPECT_EQ(clean(false), QStringList({"made/a.out", "made/a.out.extra", "made/a.out.shared", "made/found.out"}));
+    EXPECT_EQ(clean(false), QStringList({"made/a.out", "made/a.out.extra", "made/found.out", "made/found.out.shared"}));
     EXPECT_EQ(read("working_data/by_hand.out"), "mine");
     EXPECT_EQ(build().run, QStringList({"a", "found"}));
 }
