@@ -388,19 +388,25 @@ void BUILD_STATE::keep_books(PLANNED_ACTION const &action, ACTION_ACCOUNT const 
         record.put_text(reading.answer, question.answer_text(rule), TEXT_KIND::TOLD);
     }
     row.readings = readings;
-    record.put(key(action), row, texts_of(action));
-
-    // The action books its declared targets itself, if they are to be booked; what a library wrote beside them, it does
-    // not know of.
+    // Before the record says that the action is done: what it knows is not booked again. The action books its declared
+    // targets itself, if they are to be booked; what a library wrote beside them, it does not know of.
+    auto const is_awaited = [&](std::uint64_t id) {  // it came with a run that was broken off
+        auto const targets_before = before != nullptr ? before->targets : std::span<RECORDED_TARGET const>();
+        return std::any_of(targets_before.begin(), targets_before.end(), [&](RECORDED_TARGET const &earlier) {
+            return earlier.path == id && (earlier.flags & RECORDED_TARGET::AWAITED) != 0;
+        });
+    };
     for (ACTION_ACCOUNT::BOOKING const &booking : account.booked()) {
         LOGICAL_PATH const path = PATHS::logical_path(booking.file);
         bool const is_product =
             booking.is_told || (path.startsWith(QLatin1String("<working>/")) && declared_ids.count(text_id(path)) == 0);
         if (is_product && was_written_since(booking.file, account.started()))
-            depot.added(booking.file, booking.stood);
+            depot.added(booking.file, booking.stood && !is_awaited(text_id(path)));
     }
     for (PHYSICAL_PATH const &file : account.removed())
         depot.removed(file);
+
+    record.put(key(action), row, texts_of(action));
 }
 
 std::vector<RECORDED_FILE> BUILD_STATE::files_of(PLANNED_ACTION const &action, ACTION_ACCOUNT const &account,

@@ -4,15 +4,21 @@
 #include <QtCore/QFile>
 #include <QtCore/QProcess>
 
+#include <utility>
+
 namespace {
 
 constexpr int paths_a_call = 500;             // what fits a command line with room to spare
 constexpr int longest_call = 10 * 60 * 1000;  // ms
 
+QByteArray const words[] = {"add ", "edit ", "remove "};
+QByteArray const forgotten = "forget ";  // only while a build runs
+
 }  // namespace
 
 DEPOT::DEPOT(DEPOT_SETTINGS told, QString project_folder, QString state)
-    : settings(std::move(told)), project(std::move(project_folder)), state_folder(std::move(state))
+    : settings(std::move(told)), project(std::move(project_folder)), state_folder(std::move(state)),
+      pending(state_folder + QStringLiteral("/depot_pending.txt"))
 {
     if (settings.kind == QLatin1String("git")) {
         settings.program = settings.kind;
@@ -39,26 +45,55 @@ bool DEPOT::check(DEPOT_SETTINGS const &settings, QString &fault)
     return fault.isEmpty();
 }
 
+// Only a build that holds the lock of the tree changes anything, so the lines are those of one that has ended.
+void DEPOT::recover()
+{
+    if (std::exchange(has_recovered, true) || !pending.open(QIODevice::ReadOnly))
+        return;
+    for (QByteArray const &line : pending.readAll().split('\n')) {
+        if (line.startsWith(forgotten))
+            changes.remove(QString::fromUtf8(line.mid(forgotten.size())));
+        for (CHANGE const change : {CHANGE::ADD, CHANGE::EDIT, CHANGE::REMOVE})
+            if (QByteArray const &word = words[int(change)]; line.startsWith(word))
+                changes.insert(QString::fromUtf8(line.mid(word.size())), change);
+    }
+    pending.close();
+}
+
+// Null: the file is forgotten. Without a pending list, a kill alone would be noticed.
+void DEPOT::note(CHANGE const *change, QString const &name)
+{
+    if (pending.isOpen() || pending.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered))
+        pending.write((change != nullptr ? words[int(*change)] : forgotten) + name.toUtf8() + '\n');
+}
+
 void DEPOT::added(QString const &path, bool was_there_before)
 {
     QString const name = QDir(project).relativeFilePath(path);
     std::lock_guard const guard(lock);
-    auto const found = changes.find(name);
+    recover();
+    auto found = changes.find(name);
     if (found == changes.end())
-        changes.insert(name, was_there_before ? CHANGE::EDIT : CHANGE::ADD);
+        found = changes.insert(name, was_there_before ? CHANGE::EDIT : CHANGE::ADD);
     else if (*found == CHANGE::REMOVE)
         *found = CHANGE::EDIT;
+    else
+        return;
+    note(&*found, name);
 }
 
 void DEPOT::removed(QString const &path)
 {
     QString const name = QDir(project).relativeFilePath(path);
     std::lock_guard const guard(lock);
+    recover();
     auto const found = changes.find(name);
-    if (found != changes.end() && *found == CHANGE::ADD)
+    if (found != changes.end() && *found == CHANGE::ADD) {
         changes.erase(found);
-    else
-        changes.insert(name, CHANGE::REMOVE);
+        note(nullptr, name);
+    } else {
+        note(&*changes.insert(name, CHANGE::REMOVE), name);
+    }
 }
 
 bool DEPOT::call(QStringList const &arguments, QStringList const &paths, QString &fault) const
@@ -82,10 +117,10 @@ bool DEPOT::call(QStringList const &arguments, QStringList const &paths, QString
 bool DEPOT::finish(QString &fault)
 {
     std::lock_guard const guard(lock);
+    recover();
     if (changes.isEmpty())
         return true;
 
-    static QByteArray const words[] = {"add ", "edit ", "remove "};
     QByteArray lines;
     QStringList paths[3];
     for (auto change = changes.cbegin(); change != changes.cend(); ++change) {
@@ -100,6 +135,9 @@ bool DEPOT::finish(QString &fault)
         fault = QStringLiteral("%1: cannot be written: %2").arg(journal.fileName(), journal.errorString());
         return false;
     }
+    journal.close();
+    pending.close();
+    pending.remove();
     if (settings.program.isEmpty())
         return true;
     return call(settings.edit, paths[int(CHANGE::EDIT)], fault) && call(settings.add, paths[int(CHANGE::ADD)], fault) &&

@@ -4,6 +4,7 @@
 
 #include "Plugins/Vx2/host/api.h"
 
+#include <QtCore/QFile>
 #include <QtCore/QMap>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -30,7 +31,8 @@ public:
     void added(QString const &path, bool was_there_before);
     void removed(QString const &path);
 
-    // Writes the journal and calls the client. False with the reason in `fault`; the products stand all the same.
+    // Writes the journal, also of what a build that was killed has left, and calls the client. False with the reason in
+    // `fault`; the products stand all the same.
     bool finish(QString &fault);
 
     // The settings, as one line for messages, or what is wrong with them.
@@ -39,6 +41,8 @@ public:
 private:
     enum class CHANGE { ADD, EDIT, REMOVE };
 
+    void recover();
+    void note(CHANGE const *change, QString const &name);
     bool call(QStringList const &arguments, QStringList const &paths, QString &fault) const;
 
     DEPOT_SETTINGS settings;
@@ -46,4 +50,7 @@ private:
     QString state_folder;
     std::mutex lock;
     QMap<QString, CHANGE> changes;  // by path relative to the project
+    // Keeps the changes, one a line, until they are in the journal: a build that is killed leaves them to the next.
+    QFile pending;
+    bool has_recovered = false;
 };

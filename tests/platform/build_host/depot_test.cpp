@@ -54,6 +54,24 @@ TEST_F(DepotTest, TheJournalHasEachFileOnceWithWhatBecameOfIt)
     EXPECT_EQ(journal(), "edit back\nremove gone\nadd new\nedit old\n");
 }
 
+TEST_F(DepotTest, ABuildThatWasKilledLeavesItsChangesToTheNext)
+{
+    {
+        DEPOT killed({}, folder.path(), folder.path());
+        killed.added(path("made"), false);
+        killed.added(path("scratch"), false);
+        killed.removed(path("scratch"));
+        killed.removed(path("gone"));
+    }
+    DEPOT depot({}, folder.path(), folder.path());
+    depot.added(path("made"), true);
+    QString fault;
+    EXPECT_TRUE(depot.finish(fault));
+    EXPECT_EQ(journal(), "remove gone\nadd made\n");
+    EXPECT_TRUE(DEPOT({}, folder.path(), folder.path()).finish(fault));
+    EXPECT_EQ(journal(), "remove gone\nadd made\n");
+}
+
 // Names are arguments, never part of a command line.
 TEST_F(DepotTest, GitStagesWhatCameChangedAndWent)
 {
