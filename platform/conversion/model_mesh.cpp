@@ -2,10 +2,12 @@
 
 #include "platform/conversion/model_materials.h"
 #include "platform/conversion/model_skeleton.h"
+#include "platform/conversion/simplify.h"
 #include "platform/conversion/vertex_attributes.h"
 
 #include <algorithm>
 #include <meshoptimizer.h>
+#include <string_view>
 
 using namespace VEX2_LOADER;
 
@@ -125,10 +127,14 @@ bool add_coarser_mesh(MODEL_MESH const &finer, unsigned percent, GLTF::DOCUMENT 
         to = from;
         std::size_t const wanted = std::size_t(double(from.size() / 3) * share + 0.5) * 3;
         if (wanted < from.size()) {
-            float const *const positions = document.buffer.at<float>(mesh.primitives[i].attributes[0].second);
-            constexpr float any_error = 1;  // of the mesh's size: the quality alone decides
-            to.resize(meshopt_simplify(to.data(), from.data(), from.size(), positions, finer.vertex_count,
-                                       3 * sizeof(float), wanted, any_error, 0, nullptr));
+            auto const array = [&](std::string_view name) {
+                auto const &list = mesh.primitives[i].attributes;
+                auto const found =
+                    std::find_if(list.begin(), list.end(), [&](auto const &a) { return a.first == name; });
+                return found != list.end() ? document.buffer.at<float>(found->second) : nullptr;
+            };
+            to =
+                simplified(from, wanted, {finer.vertex_count, array("POSITION"), array("NORMAL"), array("TEXCOORD_0")});
             order_for_cache(to, finer.vertex_count);
         }
         made.triangles += to.size() / 3;

@@ -90,3 +90,54 @@ TEST(Levels, AModelWithoutLevelsGetsThemByQuality)
             EXPECT_NEAR(double(triangles[i]), 32.0 * c.qualities[i - 1], 60) << i;
     }
 }
+
+// A tetrahedron above the sheet, each face with vertices of its own, as hard edges have.
+static void add_pebble(VEX2_STATIC_MESH &mesh, float x, float z)
+{
+    constexpr float size = 0.01f;
+    VEX2_VECTOR const points[] = {{x, 0.5f, z}, {x + size, 0.5f, z}, {x, 0.5f, z + size}, {x, 0.5f + size, z}};
+    VEX2_VECTOR const normals[] = {{0, -1, 0}, {0, 0, -1}, {-1, 0, 0}, {0.57735f, 0.57735f, 0.57735f}};
+    unsigned const faces[4][3] = {{0, 1, 2}, {0, 3, 1}, {0, 2, 3}, {1, 3, 2}};
+    for (unsigned f = 0; f < 4; ++f) {
+        mesh.sections[0].triangles.append(
+            VEX2_TRIANGLE{{mesh.vertices.count, mesh.vertices.count + 1, mesh.vertices.count + 2}});
+        for (unsigned const point : faces[f]) {
+            VEX2_VERTEX &vertex = mesh.vertices.append();
+            vertex.position = points[point];
+            vertex.normal = normals[f];
+            vertex.uvws.append(VEX2_VECTOR{points[point].x, float(f), 0});
+            vertex.frames.append(VEX2_TANGENT_FRAME{{0, 0, 1}, {1, 0, 0}});
+        }
+    }
+}
+
+// Details with hard edges used to stay whole, so that the large surface fell apart to reach the number.
+TEST(Levels, SmallPartsWithHardEdgesGoBeforeTheShapeDoes)
+{
+    TREE const tree;
+    VEX2 scene;
+    VEX2_STATIC_MESH *const mesh = sheet<VEX2_STATIC_MESH>(u"sheet", 10);
+    for (unsigned i = 0; i < 100; ++i)
+        add_pebble(*mesh, 0.1f * float(i % 10), 0.1f * float(i / 10));
+    scene.static_meshes.append(mesh);
+    ASSERT_TRUE(convert(scene, tree, "models/pebbles", {false, {25}, false, ""}));
+    MODEL const model(tree, "models/pebbles");
+    auto const triangles = level_triangles(model);
+    ASSERT_EQ(triangles.size(), 2u);
+    EXPECT_EQ(triangles[0], 200u + 400u);
+    EXPECT_NEAR(double(triangles[1]), 150, 10);
+
+    auto const positions = model.attribute(1, "POSITION"), normals = model.attribute(1, "NORMAL");
+    auto const indices = model.array(model.json["meshes"][1]["primitives"][0]["indices"]);
+    double area = 0;  // of the sheet, from above
+    for (std::size_t i = 0; i < indices.size(); i += 3) {
+        auto const corner = [&](std::size_t k) { return &positions[std::size_t(indices[i + k]) * 3]; };
+        double const *const a = corner(0), *const b = corner(1), *const c = corner(2);
+        if (a[1] > 0.3 || b[1] > 0.3 || c[1] > 0.3)
+            continue;
+        area += ((b[2] - a[2]) * (c[0] - a[0]) - (b[0] - a[0]) * (c[2] - a[2])) / 2;
+        for (std::size_t k = 0; k < 3; ++k)
+            EXPECT_EQ(normals[std::size_t(indices[i + k]) * 3 + 1], 1);
+    }
+    EXPECT_NEAR(area, 1, 0.02);
+}

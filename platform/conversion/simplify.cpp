@@ -1,0 +1,192 @@
+#include "platform/conversion/simplify.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <meshoptimizer.h>
+#include <span>
+
+namespace TOOLDATABUILDER {
+
+namespace {
+
+// The surface as the simplifier sees it: places, each with the vertices that stand there. Vertices of one position are
+// one place, so that a hard edge does not hold the surface together. With `keeps_cuts` they are not if their normals
+// agree and their texture coordinates do not: there the texture is cut in the midst of a smooth surface.
+class PLACES {
+public:
+    PLACES(std::vector<std::uint32_t> const &indices, SIMPLIFIED_VERTICES const &source, bool cuts_stay)
+        : vertices(source), keeps_cuts(cuts_stay && source.uvs != nullptr)
+    {
+        members = indices;
+        std::sort(members.begin(), members.end());
+        members.erase(std::unique(members.begin(), members.end()), members.end());
+        std::sort(members.begin(), members.end(), [this](std::uint32_t a, std::uint32_t b) {
+            int const order = compare(position(a), position(b), 3);
+            return order != 0 ? order < 0 : a < b;
+        });
+        place_of.resize(vertices.count);
+        for (std::size_t first = 0, last = 0; first < members.size(); first = last) {
+            while (last < members.size() && compare(position(members[last]), position(members[first]), 3) == 0)
+                ++last;
+            add_position(first, last);
+        }
+        starts.push_back(std::uint32_t(members.size()));
+        corners.reserve(indices.size());
+        for (std::uint32_t const index : indices)
+            corners.push_back(place_of[index]);
+    }
+
+    std::size_t count() const { return starts.size() - 1; }
+    std::span<std::uint32_t const> vertices_at(std::uint32_t place) const
+    {
+        return {members.data() + starts[place], members.data() + starts[place + 1]};
+    }
+
+    std::vector<float> positions;        // three a place
+    std::vector<std::uint32_t> corners;  // the place of each corner
+
+private:
+    static int compare(float const *a, float const *b, std::size_t count)
+    {
+        for (std::size_t i = 0; i < count; ++i)
+            if (a[i] != b[i])
+                return a[i] < b[i] ? -1 : 1;
+        return 0;
+    }
+    float const *position(std::uint32_t vertex) const { return vertices.positions + 3 * std::size_t(vertex); }
+    bool is_cut_between(std::uint32_t a, std::uint32_t b) const
+    {
+        if (compare(vertices.uvs + 2 * std::size_t(a), vertices.uvs + 2 * std::size_t(b), 2) == 0)
+            return false;
+        float const *const n = vertices.normals + 3 * std::size_t(a), *const m = vertices.normals + 3 * std::size_t(b);
+        constexpr float smooth = 0.9f;
+        return n[0] * m[0] + n[1] * m[1] + n[2] * m[2] > smooth;
+    }
+
+    // Makes places of the members from `first` up to `last`, which have one position. Those whose texture coordinates
+    // are equal stay together; then whatever no cut lies between comes together.
+    void add_position(std::size_t first, std::size_t last)
+    {
+        std::vector<std::vector<std::uint32_t>> pieces;
+        for (std::size_t i = first; i < last; ++i) {
+            auto const same = std::find_if(pieces.begin(), pieces.end(), [&](auto const &piece) {
+                return !keeps_cuts || compare(vertices.uvs + 2 * std::size_t(piece[0]),
+                                              vertices.uvs + 2 * std::size_t(members[i]), 2) == 0;
+            });
+            (same != pieces.end() ? *same : pieces.emplace_back()).push_back(members[i]);
+        }
+        constexpr std::size_t most = 16;  // pieces that are compared with one another
+        std::vector<std::vector<std::uint32_t>> merged;
+        for (auto const &piece : pieces) {
+            auto const place = std::find_if(merged.begin(), merged.end(), [&](auto const &other) {
+                return pieces.size() <= most && std::none_of(piece.begin(), piece.end(), [&](std::uint32_t a) {
+                           return std::any_of(other.begin(), other.end(),
+                                              [&](std::uint32_t b) { return is_cut_between(a, b); });
+                       });
+            });
+            auto &to = place != merged.end() ? *place : merged.emplace_back();
+            to.insert(to.end(), piece.begin(), piece.end());
+        }
+        std::size_t at = first;
+        for (auto const &place : merged) {
+            starts.push_back(std::uint32_t(at));
+            positions.insert(positions.end(), position(place[0]), position(place[0]) + 3);
+            for (std::uint32_t const vertex : place) {
+                place_of[vertex] = std::uint32_t(starts.size()) - 1;
+                members[at++] = vertex;
+            }
+        }
+    }
+
+    SIMPLIFIED_VERTICES const &vertices;
+    bool const keeps_cuts;
+    std::vector<std::uint32_t> place_of;         // by vertex
+    std::vector<std::uint32_t> members, starts;  // of place p: members from starts[p] up to starts[p + 1]
+};
+
+// Unit length; zero for a triangle without area.
+std::array<float, 3> face_normal(float const *positions, std::uint32_t const *triangle)
+{
+    float const *const a = positions + 3 * std::size_t(triangle[0]);
+    float const *const b = positions + 3 * std::size_t(triangle[1]);
+    float const *const c = positions + 3 * std::size_t(triangle[2]);
+    std::array<double, 3> normal;
+    for (std::size_t i = 0; i < 3; ++i) {
+        std::size_t const j = (i + 1) % 3, k = (i + 2) % 3;
+        normal[i] = (double(b[j]) - a[j]) * (double(c[k]) - a[k]) - (double(b[k]) - a[k]) * (double(c[j]) - a[j]);
+    }
+    double const length = std::sqrt(normal[0] * normal[0] + normal[1] * normal[1] + normal[2] * normal[2]);
+    double const factor = length > 0 ? 1 / length : 0;
+    return {float(normal[0] * factor), float(normal[1] * factor), float(normal[2] * factor)};
+}
+
+float uv_distance(float const *uvs, std::uint32_t a, std::uint32_t b)
+{
+    float const *const at_a = uvs + 2 * std::size_t(a), *const at_b = uvs + 2 * std::size_t(b);
+    return std::hypot(at_a[0] - at_b[0], at_a[1] - at_b[1]);
+}
+
+// Replaces the triangle's places by vertices: the normal near that of the face, and among those that do not differ much
+// in it, the texture coordinate near those of the other corners. The corner with the fewest choices leads.
+void choose_vertices(std::uint32_t *triangle, PLACES const &places, SIMPLIFIED_VERTICES const &vertices)
+{
+    struct CORNER {
+        std::uint32_t *index;
+        std::span<std::uint32_t const> choices;
+    };
+    std::array<CORNER, 3> corners;
+    for (std::size_t i = 0; i < 3; ++i)
+        corners[i] = {triangle + i, places.vertices_at(triangle[i])};
+    if (corners[0].choices.size() + corners[1].choices.size() + corners[2].choices.size() == 3) {
+        for (CORNER const &corner : corners)
+            *corner.index = corner.choices[0];
+        return;
+    }
+    std::array<float, 3> const face = face_normal(places.positions.data(), triangle);
+    std::stable_sort(corners.begin(), corners.end(),
+                     [](CORNER const &a, CORNER const &b) { return a.choices.size() < b.choices.size(); });
+    for (std::size_t i = 0; i < 3; ++i) {
+        float least = INFINITY;
+        std::uint32_t best = corners[i].choices[0];
+        for (std::uint32_t const vertex : corners[i].choices) {
+            float const *const normal = vertices.normals + 3 * std::size_t(vertex);
+            float away = 0;
+            for (std::size_t done = 0; vertices.uvs != nullptr && done < i; ++done)
+                away += uv_distance(vertices.uvs, vertex, *corners[done].index);
+            constexpr float steps = 16;  // in which normals are told apart
+            float const turned = 1 - (normal[0] * face[0] + normal[1] * face[1] + normal[2] * face[2]);
+            float const cost = std::floor(steps * turned) + away / (1 + away);
+            if (cost < least) {
+                least = cost;
+                best = vertex;
+            }
+        }
+        *corners[i].index = best;
+    }
+}
+
+std::vector<std::uint32_t> simplified_once(std::vector<std::uint32_t> const &indices, std::size_t wanted,
+                                           SIMPLIFIED_VERTICES const &vertices, bool keeps_cuts, float error)
+{
+    PLACES const places(indices, vertices, keeps_cuts);
+    std::vector<std::uint32_t> made(indices.size());
+    made.resize(meshopt_simplify(made.data(), places.corners.data(), places.corners.size(), places.positions.data(),
+                                 places.count(), 3 * sizeof(float), wanted, error, 0, nullptr));
+    for (std::size_t i = 0; i < made.size(); i += 3)
+        choose_vertices(made.data() + i, places, vertices);
+    return made;
+}
+
+}  // namespace
+
+std::vector<std::uint32_t> simplified(std::vector<std::uint32_t> const &indices, std::size_t wanted,
+                                      SIMPLIFIED_VERTICES const &vertices)
+{
+    // What the texture is cut by stays while the shape allows it; then the shape counts for more than the texture.
+    constexpr float small_error = 0.01f, any_error = 1;  // of the mesh's size
+    std::vector<std::uint32_t> const whole = simplified_once(indices, wanted, vertices, true, small_error);
+    return whole.size() <= wanted ? whole : simplified_once(whole, wanted, vertices, false, any_error);
+}
+
+}  // namespace TOOLDATABUILDER
