@@ -10,13 +10,16 @@ namespace TOOLDATABUILDER {
 
 namespace {
 
+// Where the texture coordinates of one position differ, the texture is cut; a triangle across a cut would show a part
+// of the picture that does not belong there. Which cuts the simplifier has to leave:
+enum class CUTS { ALL, SMOOTH, NONE };  // SMOOTH: where the normals agree, for there it shows most
+
 // The surface as the simplifier sees it: places, each with the vertices that stand there. Vertices of one position are
-// one place, so that a hard edge does not hold the surface together. With `keeps_cuts` they are not if their normals
-// agree and their texture coordinates do not: there the texture is cut in the midst of a smooth surface.
+// one place unless a cut lies between them, so that a hard edge alone does not hold the surface together.
 class PLACES {
 public:
-    PLACES(std::vector<std::uint32_t> const &indices, SIMPLIFIED_VERTICES const &source, bool cuts_stay)
-        : vertices(source), keeps_cuts(cuts_stay && source.uvs != nullptr)
+    PLACES(std::vector<std::uint32_t> const &indices, SIMPLIFIED_VERTICES const &source, CUTS cuts)
+        : vertices(source), kept(source.uvs != nullptr ? cuts : CUTS::NONE)
     {
         members = indices;
         std::sort(members.begin(), members.end());
@@ -61,7 +64,7 @@ private:
             return false;
         float const *const n = vertices.normals + 3 * std::size_t(a), *const m = vertices.normals + 3 * std::size_t(b);
         constexpr float smooth = 0.9f;
-        return n[0] * m[0] + n[1] * m[1] + n[2] * m[2] > smooth;
+        return kept == CUTS::ALL || n[0] * m[0] + n[1] * m[1] + n[2] * m[2] > smooth;
     }
 
     // Makes places of the members from `first` up to `last`, which have one position. Those whose texture coordinates
@@ -71,8 +74,8 @@ private:
         std::vector<std::vector<std::uint32_t>> pieces;
         for (std::size_t i = first; i < last; ++i) {
             auto const same = std::find_if(pieces.begin(), pieces.end(), [&](auto const &piece) {
-                return !keeps_cuts || compare(vertices.uvs + 2 * std::size_t(piece[0]),
-                                              vertices.uvs + 2 * std::size_t(members[i]), 2) == 0;
+                return kept == CUTS::NONE || compare(vertices.uvs + 2 * std::size_t(piece[0]),
+                                                     vertices.uvs + 2 * std::size_t(members[i]), 2) == 0;
             });
             (same != pieces.end() ? *same : pieces.emplace_back()).push_back(members[i]);
         }
@@ -100,7 +103,7 @@ private:
     }
 
     SIMPLIFIED_VERTICES const &vertices;
-    bool const keeps_cuts;
+    CUTS const kept;
     std::vector<std::uint32_t> place_of;         // by vertex
     std::vector<std::uint32_t> members, starts;  // of place p: members from starts[p] up to starts[p + 1]
 };
@@ -167,9 +170,9 @@ void choose_vertices(std::uint32_t *triangle, PLACES const &places, SIMPLIFIED_V
 }
 
 std::vector<std::uint32_t> simplified_once(std::vector<std::uint32_t> const &indices, std::size_t wanted,
-                                           SIMPLIFIED_VERTICES const &vertices, bool keeps_cuts, float error)
+                                           SIMPLIFIED_VERTICES const &vertices, CUTS cuts, float error)
 {
-    PLACES const places(indices, vertices, keeps_cuts);
+    PLACES const places(indices, vertices, cuts);
     std::vector<std::uint32_t> made(indices.size());
     made.resize(meshopt_simplify(made.data(), places.corners.data(), places.corners.size(), places.positions.data(),
                                  places.count(), 3 * sizeof(float), wanted, error, 0, nullptr));
@@ -183,10 +186,16 @@ std::vector<std::uint32_t> simplified_once(std::vector<std::uint32_t> const &ind
 std::vector<std::uint32_t> simplified(std::vector<std::uint32_t> const &indices, std::size_t wanted,
                                       SIMPLIFIED_VERTICES const &vertices)
 {
-    // What the texture is cut by stays while the shape allows it; then the shape counts for more than the texture.
-    constexpr float small_error = 0.01f, any_error = 1;  // of the mesh's size
-    std::vector<std::uint32_t> const whole = simplified_once(indices, wanted, vertices, true, small_error);
-    return whole.size() <= wanted ? whole : simplified_once(whole, wanted, vertices, false, any_error);
+    // As much as goes without harm first; what is then still too much costs parts of the texture, in the end the shape.
+    struct {
+        CUTS cuts;
+        float error;  // of the mesh's size
+    } const steps[] = {{CUTS::ALL, 0.01f}, {CUTS::SMOOTH, 0.01f}, {CUTS::NONE, 1}};
+    std::vector<std::uint32_t> made = indices;
+    for (auto const &step : steps)
+        if (made.size() > wanted)
+            made = simplified_once(made, wanted, vertices, step.cuts, step.error);
+    return made;
 }
 
 }  // namespace TOOLDATABUILDER
