@@ -28,6 +28,7 @@ public:
     QString get_name(bool with_source) const override;
     STATUS run(FILE_TABLE const &files, RULE_CACHE const &rules) override;
 
+    UPDATE_DB_TABLE const &table_rows() const { return table; }
     // Of the rows and of the database that they go to.
     std::uint64_t signature() const;
 

@@ -92,6 +92,16 @@ QStringList other_columns(DB_ROW const &row, ROW_KEY const &key)
     return columns;
 }
 
+// The columns by which a row is found again: one with a generated key is known by its file, or else by all that it
+// holds.
+QStringList known_by(DB_ROW const &row, ROW_KEY const &key)
+{
+    QString const file = QStringLiteral("filename");
+    return !key.is_generated    ? QStringList{key.column}
+           : row.contains(file) ? QStringList{file}
+                                : other_columns(row, key);
+}
+
 bool make_table(QSqlDatabase &database, QString const &table, DB_ROW const &row, QString &fault)
 {
     ROW_KEY const key(row);
@@ -132,35 +142,83 @@ QVariantList values_of(DB_ROW const &row, QStringList const &columns)
     return values;
 }
 
-bool next_key(QSqlDatabase &database, QString const &table, QString const &column, QVariant &key, QString &fault)
+// A row as RESERVED_KEYS has it.
+QStringList reserved_name(DB_ROW const &row, QStringList const &known_columns)
+{
+    QStringList name = known_columns;
+    for (QVariant const &value : values_of(row, known_columns))
+        name += value.toString();
+    return name;
+}
+
+bool has_columns(QSqlRecord const &columns, QString const &table, DB_ROW const &row, QString &fault)
+{
+    for (QString const &column : row.keys())
+        if (!columns.contains(column)) {
+            fault =
+                QStringLiteral("database: table %1 has no column '%2'; add it to the table by hand").arg(table, column);
+            return false;
+        }
+    return true;
+}
+
+// A row that is there already keeps its number, also if it is removed and entered anew.
+bool reserve_key(QSqlDatabase &database, QString const &table, DB_ROW const &row, RESERVED_KEYS &reserved,
+                 QString &fault)
+{
+    ROW_KEY const key(row);
+    QStringList const known_columns = known_by(row, key);
+    QStringList const name = reserved_name(row, known_columns);
+    if (!key.is_generated || reserved.by_row.contains(name))
+        return true;
+
+    qint64 number = reserved.highest + 1;
+    QSqlRecord const columns = database.record(table);
+    if (!columns.isEmpty()) {
+        QString const statement = QStringLiteral("SELECT min(%1), (SELECT max(%1) FROM %2) FROM %2 WHERE %3")
+                                      .arg(quoted(key.column), quoted(table), assignments(known_columns, " AND "));
+        QSqlQuery query(database);
+        if (!has_columns(columns, table, row, fault) || !run(query, statement, values_of(row, known_columns), fault) ||
+            !query.next())
+            return false;
+        bool const is_there = !query.value(0).isNull();
+        number = is_there ? query.value(0).toLongLong() : std::max(number, query.value(1).toLongLong() + 1);
+    }
+    reserved.by_row.insert(name, number);
+    reserved.highest = std::max(reserved.highest, number);
+    return true;
+}
+
+// The number for a new row: the one reserved for it, unless somebody else has taken that by now, or the next free one.
+bool next_key(QSqlDatabase &database, QString const &table, QString const &column, QStringList const &row_name,
+              RESERVED_KEYS const &reserved, QVariant &key, QString &fault)
 {
     QSqlQuery query(database);
     if (database.driverName() != QLatin1String("QSQLITE") &&  // others may write to a server at the same time
         !run(query, QStringLiteral("LOCK TABLE %1 IN EXCLUSIVE MODE").arg(quoted(table)), {}, fault))
         return false;
-    if (!run(query, QStringLiteral("SELECT coalesce(max(%1), 0) + 1 FROM %2").arg(quoted(column), quoted(table)), {},
-             fault) ||
+    qint64 const own = reserved.by_row.value(row_name, 0);
+    if (!run(query,
+             QStringLiteral("SELECT coalesce(max(%1), 0), (SELECT count(*) FROM %2 WHERE %1 = ?) FROM %2")
+                 .arg(quoted(column), quoted(table)),
+             {own}, fault) ||
         !query.next())
         return false;
-    key = query.value(0);
+    bool const is_own_free = own > 0 && query.value(1).toInt() == 0;
+    key = is_own_free ? own : std::max(query.value(0).toLongLong(), reserved.highest) + 1;
     return true;
 }
 
 // Sets `has_changed` if the table is not what it was.
-bool apply_row(QSqlDatabase &database, UPDATE_DB_TABLE const &table, DB_ROW const &row, bool patch, bool &has_changed,
-               QString &fault)
+bool apply_row(QSqlDatabase &database, UPDATE_DB_TABLE const &table, DB_ROW const &row, bool patch,
+               RESERVED_KEYS const &reserved, bool &has_changed, QString &fault)
 {
     ROW_KEY const key(row);
     QStringList const others = other_columns(row, key);
     QString const name = quoted(table.name);
-
-    // A row with a generated key is known by its file, or else by all that it holds.
-    QString const file = QStringLiteral("filename");
-    QStringList const known_by = !key.is_generated    ? QStringList{key.column}
-                                 : row.contains(file) ? QStringList{file}
-                                                      : others;
-    QString const where = QStringLiteral(" WHERE ") + assignments(known_by, " AND ");
-    QVariantList const known_values = values_of(row, known_by);
+    QStringList const known_columns = known_by(row, key);
+    QString const where = QStringLiteral(" WHERE ") + assignments(known_columns, " AND ");
+    QVariantList const known_values = values_of(row, known_columns);
 
     QString wanted = quoted(key.column);
     for (QString const &column : others)
@@ -191,7 +249,8 @@ bool apply_row(QSqlDatabase &database, UPDATE_DB_TABLE const &table, DB_ROW cons
                    values_of(row, others) + known_values, fault);
     if (is_there && !run(query, QStringLiteral("DELETE FROM %1%2").arg(name, where), known_values, fault))
         return false;
-    if (!is_there && key.is_generated && !next_key(database, table.name, key.column, key_value, fault))
+    if (!is_there && key.is_generated &&
+        !next_key(database, table.name, key.column, reserved_name(row, known_columns), reserved, key_value, fault))
         return false;
     QString marks = QStringLiteral("?");
     for (int i = 0; i < others.size(); ++i)
@@ -200,7 +259,8 @@ bool apply_row(QSqlDatabase &database, UPDATE_DB_TABLE const &table, DB_ROW cons
                QVariantList{key_value} + values_of(row, others), fault);
 }
 
-bool apply_rows(QSqlDatabase &database, UPDATE_DB_TABLE const &table, bool patch, bool &has_changed, QString &fault)
+bool apply_rows(QSqlDatabase &database, UPDATE_DB_TABLE const &table, bool patch, RESERVED_KEYS const &reserved,
+                bool &has_changed, QString &fault)
 {
     if (!check_name(table.name, fault))
         return false;
@@ -211,13 +271,8 @@ bool apply_rows(QSqlDatabase &database, UPDATE_DB_TABLE const &table, bool patch
                 return false;
             columns = database.record(table.name);
         }
-        for (QString const &column : row.keys())
-            if (!columns.contains(column)) {
-                fault = QStringLiteral("database: table %1 has no column '%2'; add it to the table by hand")
-                            .arg(table.name, column);
-                return false;
-            }
-        if (!apply_row(database, table, row, patch, has_changed, fault))
+        if (!has_columns(columns, table.name, row, fault) ||
+            !apply_row(database, table, row, patch, reserved, has_changed, fault))
             return false;
     }
     return true;
@@ -420,6 +475,19 @@ bool ASSET_DATABASE::mark_changed(QString const &table, QString &fault)
     return is_memory(settings) || write_file(changed_list(), marked.join(QLatin1Char('\n')), fault);
 }
 
+void ASSET_DATABASE::announce(UPDATE_DB_TABLE const &table)
+{
+    QString fault;  // told when the rows come
+    on_thread(
+        [&](QSqlDatabase &database, QString &why) {
+            return check_name(table.name, why) &&
+                   std::all_of(table.rows.begin(), table.rows.end(), [&](DB_ROW const &row) {
+                       return reserve_key(database, table.name, row, reserved[table.name], why);
+                   });
+        },
+        fault);
+}
+
 bool ASSET_DATABASE::apply(UPDATE_DB_TABLE const &table, QString const &key, bool patch, QString &fault)
 {
     if (table.flags[2])
@@ -447,7 +515,7 @@ bool ASSET_DATABASE::apply(UPDATE_DB_TABLE const &table, QString const &key, boo
                            {removal.folded ? removal.value.toLower() : removal.value}, why);
             }
             bool has_changed = false;
-            done = done && apply_rows(database, table, patch, has_changed, why) &&
+            done = done && apply_rows(database, table, patch, reserved[table.name], has_changed, why) &&
                    (!has_changed || mark_changed(table.name, why));
             if (done && database.commit())
                 return true;
@@ -510,6 +578,10 @@ void ASSET_DATABASE::want_export(QString const &table, bool book)
 
 bool ASSET_DATABASE::finish(QStringList &booked, QString &fault)
 {
+    {
+        std::lock_guard const guard(lock);
+        reserved.clear();
+    }
     std::lock_guard const guard(lists);
     staged.clear();
     wanted_exports.clear();

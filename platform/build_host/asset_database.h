@@ -14,6 +14,7 @@
 
 #include <condition_variable>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -31,6 +32,12 @@ struct DATABASE_SETTINGS {
     QString export_folder;      // physical: where the tables are written as text
 };
 
+// The numbers that are set aside for rows of one table with a generated key.
+struct RESERVED_KEYS {
+    qint64 highest = 0;                // numbers begin at 1
+    QMap<QStringList, qint64> by_row;  // by the columns that a row is known by, followed by their values
+};
+
 // Calls from any thread; each takes effect as a whole, or leaves the database as it was and gives a line.
 class BUILD_HOST_API ASSET_DATABASE : public ASSET_STORE {
 public:
@@ -46,14 +53,18 @@ public:
     // that is allowed, as it is for a build: what is to hold its rows has to have an identity from the start.
     QString identity() override;
     void allow_making() { may_make = true; }
+    // Sets generated keys aside, until the run ends, for the rows of `table`: the next free numbers in the order of the
+    // calls, so that the order in which the rows come later does not matter. Rows that were not announced get the
+    // numbers behind.
+    void announce(UPDATE_DB_TABLE const &table);
     // A row is known by its key column, one with a generated key by its `filename`.
     bool apply(UPDATE_DB_TABLE const &table, QString const &key, bool patch, QString &fault) override;
     bool remove(QString const &key, QString const &table, QString const &column, QString const &value, bool folded,
                 bool dry_run, bool &found, QString &fault) override;
     void want_export(QString const &table, bool book) override;
 
-    // The end of a run: drops staged removals that no row followed, writes the wanted tables. `booked` gets the files
-    // to book, physical.
+    // The end of a run: drops staged removals that no row followed and reserved keys, writes the wanted tables.
+    // `booked` gets the files to book, physical.
     bool finish(QStringList &booked, QString &fault);
 
     // For people: all tables, and the lines of one as they are exported.
@@ -86,6 +97,7 @@ private:
     QString work_fault;
     bool work_result = false;
     bool is_ending = false;
+    std::map<QString, RESERVED_KEYS> reserved;  // by table; under `lock`, as all work on the thread is
     std::thread thread;
 
     std::mutex lists;

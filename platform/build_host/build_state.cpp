@@ -1,5 +1,6 @@
 #include "platform/build_host/build_state.h"
 
+#include "platform/build_host/action_rows.h"
 #include "platform/build_host/disk_name.h"
 #include "platform/build_host/mix.h"
 
@@ -256,6 +257,8 @@ bool BUILD_STATE::run_begins(QVector<PLANNED_ACTION const *> const &scheduled)
         return false;
     }
     for (PLANNED_ACTION const *action : scheduled) {
+        if (auto const *const rows = dynamic_cast<ACTION_UPDATE_DB const *>(action->action))
+            database.announce(rows->table_rows());
         RECORD_ROW row;
         RECORD_ROW const *const before = record.find(key(*action));
         if (before != nullptr)

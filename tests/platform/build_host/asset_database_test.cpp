@@ -148,6 +148,37 @@ TEST_F(AssetDatabaseTest, FaultyRowsChangeNothing)
     EXPECT_NE(text(*database, rigid).find("o'hara\\t\"x\"\t; DROP TABLE kestrel_rigid\t"), std::string::npos);
 }
 
+// The numbers of generated keys do not show which row came first, but which was announced first, until the run ends.
+TEST_F(AssetDatabaseTest, GeneratedKeysFollowTheOrderOfAnnouncement)
+{
+    auto const database = open();
+    apply(*database, lod_row("tower", true));
+    for (char const *key : {"hut", "tower", "axe", "hut"})
+        database->announce(lod_row(key, true));
+    for (char const *key : {"well", "axe", "hut"})
+        apply(*database, lod_row(key, true));
+    auto const lines = [](std::vector<std::string> const &keys) {
+        std::string all = "key\tfilename\trange\trigid\n";
+        for (std::size_t i = 0; i < keys.size(); ++i)
+            all += std::to_string(i + 1) + "\trigidmodels/" + keys[i] + ".rigid_model_v2\t1_1\t" + keys[i] + "\n";
+        return all;
+    };
+    EXPECT_EQ(text(*database, lods), lines({"tower", "hut", "axe", "well"}));
+
+    QString fault;
+    QStringList booked;
+    bool found = false;
+    EXPECT_TRUE(database->remove("hut", lods, "rigid", "tower", false, false, found, fault));
+    apply(*database, lod_row("hut", true));
+    apply(*database, lod_row("tower", false), false);
+    EXPECT_EQ(text(*database, lods), lines({"tower", "hut", "axe", "well"})) << "entered anew under its old number";
+
+    database->announce(lod_row("gone", true));
+    EXPECT_TRUE(database->finish(booked, fault));
+    apply(*database, lod_row("barn", true));
+    EXPECT_EQ(text(*database, lods), lines({"tower", "hut", "axe", "well", "barn"}));
+}
+
 // A table is written once, at the end, if it has changed; also when the run that changed it was killed before.
 TEST_F(AssetDatabaseTest, ChangedTablesAreExportedOnceAlsoAfterAKill)
 {

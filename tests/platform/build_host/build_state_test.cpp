@@ -99,6 +99,16 @@ TEST_F(BUILT_TREE, AKilledBuildLeavesItsActionsOwed)
     EXPECT_EQ(build().run, QStringList());
 }
 
+// All rows that are to come have their numbers before the first one comes.
+TEST_F(BUILT_TREE, GeneratedKeysFollowThePlan)
+{
+    write("mox.toml", "[global.Copy]\nSuffix = \"rows\"\n");
+    write(a_text, "fail");
+    write("raw_data/b.txt", "b");
+    EXPECT_FALSE(build().good);
+    EXPECT_EQ(read("working_data/database/texts.txt"), "key\tfilename\n2\tb\n");
+}
+
 TEST_F(BUILT_TREE, AFailureIsTriedAgainAndPutsItsTargetsBack)
 {
     write(a_text, "a");

@@ -95,7 +95,8 @@ public:
             if (!has_rows)
                 continue;
             DB_ROW row;
-            row[QStringLiteral("key")] = {action->target_stem(), true, false};
+            row[QStringLiteral("key")] = {0, true, true};
+            row[QStringLiteral("filename")] = {action->target_stem()};
             QVector<ACTION_INTERFACE *> row_actions;
             create_db_actions({{QStringLiteral("texts"), {row}, {true, true, true, true}}}, action->target_stem(), true,
                               row_actions, files, true);
