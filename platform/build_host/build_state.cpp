@@ -3,6 +3,7 @@
 #include "platform/build_host/action_rows.h"
 #include "platform/build_host/disk_name.h"
 #include "platform/build_host/mix.h"
+#include "platform/build_host/product_path.h"
 
 #include "foundation/finished_file.h"
 
@@ -23,10 +24,15 @@ std::uint64_t action_key(PLANNED_ACTION const &action)
     if (!action.sources.isEmpty())
         state = mix_text(state, action.sources.first());
     if (target != nullptr)
-        state = mix_text(state, target->logical);
+        state = mix_text(state, product_name(target->physical, target->logical));
     if (action.sources.isEmpty() && target == nullptr)
         state = mix_text(state, action.action->get_name(true));
     return state;
+}
+
+TEXT_KIND name_kind(QString const &product)
+{
+    return product.startsWith(QLatin1Char('<')) ? TEXT_KIND::PATH : TEXT_KIND::OUTSIDE_PATH;
 }
 
 // The first property whose value differs between two texts of property lines: what it was, what it is, and where that
@@ -131,12 +137,19 @@ BUILD_STATE::CHANGE BUILD_STATE::change_of(RECORDED_FILE const &file)
 }
 
 // On disk, as the tree was listed.
-bool BUILD_STATE::stands(std::uint64_t path) const
+bool BUILD_STATE::is_there(std::uint64_t path) const
 {
     if (FILE_ENTRY const *const entry = index.find(path))
         return entry->is_on_disk();
     auto const outside = record.outside_paths().find(path);
     return outside != record.outside_paths().end() && stamp_of(outside->second).size != FILE_STAMP::absent;
+}
+
+// As is_there; the old tree's file of the same logical path is another one.
+bool BUILD_STATE::product_stands(std::uint64_t name) const
+{
+    FILE_ENTRY const *const entry = index.find(name);
+    return is_there(name) && (entry == nullptr || !is_of_old_tree(entry->physical));
 }
 
 std::uint64_t BUILD_STATE::answer_of(std::uint64_t question, PLANNED_ACTION const &action)
@@ -174,7 +187,7 @@ QString BUILD_STATE::stale_reason(PLANNED_ACTION const &action)
             return reason;
     }
     for (RECORDED_TARGET const &target : row->targets) {
-        if ((target.flags & RECORDED_TARGET::STOOD) != 0 && !stands(target.path))
+        if ((target.flags & RECORDED_TARGET::STOOD) != 0 && !product_stands(target.path))
             return QStringLiteral("%1 is missing").arg(record.text(target.path));
     }
     return {};
@@ -202,8 +215,8 @@ QString BUILD_STATE::file_reason(RECORDED_FILE const &file) const
 {
     return QStringLiteral("%1 %2").arg(record.text(file.path), file.stamp.size == FILE_STAMP::absent
                                                                    ? QStringLiteral("has appeared")
-                                                               : stands(file.path) ? QStringLiteral("has changed")
-                                                                                   : QStringLiteral("is gone"));
+                                                               : is_there(file.path) ? QStringLiteral("has changed")
+                                                                                     : QStringLiteral("is gone"));
 }
 
 QString BUILD_STATE::reading_reason(RECORDED_READING const &reading, PLANNED_ACTION const &action) const
@@ -265,16 +278,17 @@ bool BUILD_STATE::run_begins(QVector<PLANNED_ACTION const *> const &scheduled)
             row = *before;
         std::vector<RECORDED_TARGET> targets(row.targets.begin(), row.targets.end());
         for (TARGET_FILE const &target : action->targets) {
-            std::uint64_t const id = text_id(target.logical);
-            if (stands(id) || action->reads(target.logical))
+            if (action->reads(target.logical) || KN::exists(disk_name(target.physical)))
                 continue;
+            QString const name = product_name(target.physical, target.logical);
+            std::uint64_t const id = text_id(name);
             auto const known =
                 std::find_if(targets.begin(), targets.end(), [&](auto const &old) { return old.path == id; });
             if (known != targets.end()) {
                 known->flags |= RECORDED_TARGET::AWAITED;
             } else {
                 targets.push_back({id, RECORDED_TARGET::AWAITED});
-                record.put_text(id, target.logical, TEXT_KIND::PATH);
+                record.put_text(id, name, name_kind(name));
             }
         }
         row.flags |= RECORD_ROW::OWED;
@@ -353,16 +367,17 @@ void BUILD_STATE::keep_books(PLANNED_ACTION const &action, ACTION_ACCOUNT const 
     std::vector<RECORDED_TARGET> targets;
     std::unordered_set<std::uint64_t> own;
     for (TARGET_FILE const &target : declared) {
-        std::uint64_t const id = text_id(target.logical);
-        if (action.reads(target.logical) || !own.insert(id).second)
+        if (action.reads(target.logical) || !own.insert(text_id(target.logical)).second)
             continue;
+        QString const name = product_name(target.physical, target.logical);
+        std::uint64_t const id = text_id(name);
         std::uint64_t flags = 0;
         if (KN::exists(disk_name(target.physical)))
             flags |= RECORDED_TARGET::STOOD;
         if (flags != 0 && was_written_since(target.physical, account.started()))
             flags |= RECORDED_TARGET::WRITTEN;
         targets.push_back({id, flags});
-        record.put_text(id, target.logical, TEXT_KIND::PATH);
+        record.put_text(id, name, name_kind(name));
     }
     // What earlier runs wrote stays known as the build's own.
     for (RECORDED_TARGET const &earlier : before != nullptr ? before->targets : std::span<RECORDED_TARGET const>()) {
@@ -404,7 +419,7 @@ void BUILD_STATE::keep_books(PLANNED_ACTION const &action, ACTION_ACCOUNT const 
         bool const is_product =
             booking.is_told || (path.startsWith(QLatin1String("<working>/")) && declared_ids.count(text_id(path)) == 0);
         if (is_product && was_written_since(booking.file, account.started()))
-            depot.added(booking.file, booking.stood && !is_awaited(text_id(path)));
+            depot.added(booking.file, booking.stood && !is_awaited(text_id(product_name(booking.file, path))));
     }
     for (PHYSICAL_PATH const &file : account.removed())
         depot.removed(file);
@@ -492,21 +507,31 @@ QStringList BUILD_STATE::products_of_nobody() const
     std::unordered_set<std::uint64_t> claimed;
     for (PLANNED_ACTION const &action : plan.actions)
         for (TARGET_FILE const &target : action.targets)
-            claimed.insert(text_id(target.logical));
+            claimed.insert(text_id(product_name(target.physical, target.logical)));
     // What they wrote besides, and what they read, whoever wrote it: a picture that two models share.
+    std::unordered_set<std::uint64_t> read;
     record.for_each([&](std::uint64_t key, RECORD_ROW const &row) {
         if (!is_planned(key))
             return;
         for (RECORDED_TARGET const &target : row.targets)
             claimed.insert(target.path);
         for (RECORDED_FILE const &file : row.files)
-            claimed.insert(file.path);
+            read.insert(file.path);
     });
+    auto const is_read = [&](PHYSICAL_PATH const &file) {
+        LOGICAL_PATH const logical = PATHS::logical_path(file);
+        FILE_ENTRY const *const entry = files.peek(logical);
+        return entry != nullptr && entry->physical == file && read.count(text_id(logical)) != 0;
+    };
     record.for_each([&](std::uint64_t key, RECORD_ROW const &row) {
-        for (RECORDED_TARGET const &target : row.targets)
-            if (!is_planned(key) && (target.flags & RECORDED_TARGET::WRITTEN) != 0 && claimed.count(target.path) == 0 &&
-                stands(target.path))
-                products += record.text(target.path);
+        for (RECORDED_TARGET const &target : row.targets) {
+            if (is_planned(key) || (target.flags & RECORDED_TARGET::WRITTEN) == 0 || claimed.count(target.path) != 0)
+                continue;
+            QString const name = record.text(target.path);
+            PHYSICAL_PATH const file = product_path(name);
+            if (stamp_of(file).size != FILE_STAMP::absent && !is_read(file))
+                products += name;
+        }
     });
     products.removeDuplicates();
     products.sort();

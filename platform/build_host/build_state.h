@@ -63,7 +63,8 @@ private:
     QString reading_reason(RECORDED_READING const &reading, PLANNED_ACTION const &action) const;
     QString file_reason(RECORDED_FILE const &file) const;
     QString account_of(PLANNED_ACTION const &action) const;
-    bool stands(std::uint64_t path) const;
+    bool is_there(std::uint64_t path) const;
+    bool product_stands(std::uint64_t name) const;
     RECORD_TEXTS texts_of(PLANNED_ACTION const &action) const;
     void keep_books(PLANNED_ACTION const &action, ACTION_ACCOUNT const &account);
     std::vector<RECORDED_FILE> files_of(PLANNED_ACTION const &action, ACTION_ACCOUNT const &account,

@@ -4,6 +4,7 @@
 #include "platform/build_host/asset_store.h"
 #include "platform/build_host/mix.h"
 #include "platform/build_host/plan_cycles.h"
+#include "platform/build_host/product_path.h"
 
 #include <algorithm>
 #include <cxxabi.h>
@@ -147,9 +148,15 @@ private:
             for (TARGET_FILE const &target : planned.targets) {
                 if (planned.reads(target.logical))
                     continue;
-                if (FILE_ENTRY *const entry = files.table.peek(target.logical))
+                if (FILE_ENTRY *const entry = files.table.peek(target.logical)) {
+                    // What is made for the current tree goes before what stands in the old one.
+                    if (is_of_old_tree(entry->physical) && !is_of_old_tree(target.physical)) {
+                        entry->physical = target.physical;
+                        entry->state = FILE_ENTRY::PLANNED;
+                        entry->size = -1;
+                    }
                     add_producer(*entry, *planned.action);
-                else if (stays_in_tree(target.logical))
+                } else if (stays_in_tree(target.logical))
                     fresh.push_back({&target, planned.action});
             }
         }

@@ -2,6 +2,7 @@
 
 #include "foundation/finished_file.h"
 #include "platform/build_host/disk_name.h"
+#include "platform/build_host/product_path.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -146,20 +147,20 @@ bool SESSION::clean(bool only_gone, QStringList &removed)
         for (RECORDED_TARGET const &target : row.targets) {
             if ((target.flags & wanted) == 0)
                 continue;
-            QString const path = rows.text(target.path);
-            FILE_ENTRY const *const entry = tree.table.peek(LOGICAL_PATH(path));
-            if (entry == nullptr || !entry->is_on_disk())
+            QString const name = rows.text(target.path);
+            PHYSICAL_PATH const file = product_path(name);
+            if (stamp_of(file).size == FILE_STAMP::absent)
                 continue;
-            if (only_gone && !gone.contains(path)) {
+            if (only_gone && !gone.contains(name)) {
                 is_needed = true;  // by others; that a build wrote it is known from this row alone
                 continue;
             }
             std::error_code fault;
-            if (std::filesystem::remove(std::string(disk_name(entry->physical)), fault))
-                removed += entry->physical;
+            if (std::filesystem::remove(std::string(disk_name(file)), fault))
+                removed += file;
             else if (fault)
                 fault_lines += QStringLiteral("%1: cannot be removed: %2")
-                                   .arg(entry->physical, QString::fromLocal8Bit(fault.message().c_str()));
+                                   .arg(file, QString::fromLocal8Bit(fault.message().c_str()));
         }
         if (!is_needed)
             rows.remove(key);

@@ -194,6 +194,38 @@ TEST_F(BUILT_TREE, CleanRemovesWhatTheBuildWroteAndNothingElse)
     EXPECT_EQ(build().run, QStringList({"a", "found"}));
 }
 
+// The current tree and the old one share their logical paths.
+TEST_F(BUILT_TREE, AProductOfTheOldTreeIsNoneOfTheCurrentOne)
+{
+    write("old_raw_data/a.txt", "a");
+    write("raw_data/rules.toml", "[Copy]\nTargetPath = \"root\"\n");
+    EXPECT_EQ(build().run, QStringList("a"));
+    EXPECT_EQ(read("old_working_data/a.out"), "a");
+    EXPECT_EQ(build().run, QStringList());
+
+    // A file by hand of the same logical path stays.
+    write("working_data/a.out", "mine");
+    {
+        SESSION session;
+        QStringList removed;
+        EXPECT_TRUE(session.open(folder.path(), {}) && session.take_lock() && session.open_record() &&
+                    session.list_files() && session.clean(false, removed));
+        EXPECT_EQ(removed, QStringList(path("old_working_data/a.out")));
+    }
+    QFile::remove(path("working_data/a.out"));
+    build();
+
+    ASSERT_TRUE(QFile::rename(path("old_raw_data/a.txt"), path("raw_data/a.txt")));
+    BUILD const moved = build();
+    EXPECT_EQ(moved.run, QStringList("a"));
+    EXPECT_EQ(read("working_data/a.out"), "a");
+    EXPECT_EQ(moved.gone, QStringList(path("old_working_data/a.out")));
+    EXPECT_EQ(build().run, QStringList());
+
+    QFile::remove(path("working_data/a.out"));
+    EXPECT_EQ(build().reasons, QStringList("<working>/a.out is missing"));
+}
+
 TEST_F(BUILT_TREE, ADamagedRecordIsBegunAnew)
 {
     write(a_text, "a");

@@ -89,7 +89,9 @@ public:
                 continue;
             auto *const action = new TEXT_ACTION(entry.value()->physical, this);
             QString const target = rule.value(QStringLiteral("TargetPath")).toString();
-            if (target != "beside")
+            if (target == "root")
+                action->set_target_path(PATHS::target_working_data(entry.value()->physical));
+            else if (target != "beside")
                 action->set_target_path(PATHS::working_data() + '/' + target);
             actions += action;
             if (!has_rows)
