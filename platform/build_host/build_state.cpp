@@ -303,9 +303,14 @@ bool BUILD_STATE::run_begins(QVector<PLANNED_ACTION const *> const &scheduled)
     return false;
 }
 
-void BUILD_STATE::action_begins(PLANNED_ACTION const &action)
+bool BUILD_STATE::action_begins(PLANNED_ACTION const &action)
 {
-    running[std::size_t(action.index)] = std::make_unique<RUNNING>(action, files, side_folder);
+    auto &begun = running[std::size_t(action.index)];
+    begun = std::make_unique<RUNNING>(action, files, side_folder);
+    if (begun->guard.fault().isEmpty())
+        return true;
+    action.action->output_line(begun->guard.fault(), 2);
+    return false;
 }
 
 int BUILD_STATE::action_ends(PLANNED_ACTION const &action, int status)

@@ -28,7 +28,7 @@ public:
 
     QString stale_reason(PLANNED_ACTION const &action) override;
     bool run_begins(QVector<PLANNED_ACTION const *> const &scheduled) override;
-    void action_begins(PLANNED_ACTION const &action) override;
+    bool action_begins(PLANNED_ACTION const &action) override;
     int action_ends(PLANNED_ACTION const &action, int status) override;
     void action_left_out(PLANNED_ACTION const &action) override;
     bool run_ends() override;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
+#include <emmintrin.h>
 #include <mutex>
 #include <queue>
 #include <thread>
@@ -27,6 +28,8 @@ public:
     {
         result.statuses.assign(plan.actions.size(), ACTION_INTERFACE::IDLE);
         number_groups();
+        for (std::size_t i = 0; i < reasons.size(); ++i)
+            turns[i].is_chosen = !reasons[i].isEmpty();
         for (int i = 0; i < int(plan.actions.size()); ++i) {
             if (!is_chosen(i))
                 continue;
@@ -66,6 +69,7 @@ private:
     struct TURN {
         int open = 0;   // dependencies that have not ended
         int group = 0;  // 0: none
+        bool is_chosen = false;
         bool dependency_failed = false;
         bool has_begun = false;  // an action that it waits for has run, directly or further back
     };
@@ -75,7 +79,7 @@ private:
         LIST_ORDER waiting;  // ready but for the group
     };
 
-    bool is_chosen(int action) const { return !reasons[std::size_t(action)].isEmpty(); }
+    bool is_chosen(int action) const { return turns[std::size_t(action)].is_chosen; }
     TURN &turn(int action) { return turns[std::size_t(action)]; }
     GROUP &group_of(int action) { return groups[std::size_t(turn(action).group)]; }
 
@@ -93,6 +97,17 @@ private:
             if (planned.action->group != 0)
                 turn(planned.index).group =
                     1 + int(std::lower_bound(numbers.begin(), numbers.end(), planned.action->group) - numbers.begin());
+    }
+
+    // The lock is held for less time than it takes to go to sleep and come back.
+    static void lock_soon(std::unique_lock<std::mutex> &guard)
+    {
+        for (int tries = 0; tries < 200; ++tries) {
+            if (guard.try_lock())
+                return;
+            _mm_pause();
+        }
+        guard.lock();
     }
 
     void work(int worker)
@@ -118,7 +133,7 @@ private:
                 changed.notify_one();
             guard.unlock();
             STATUS const status = runs ? execute(action) : leave_out(action);
-            guard.lock();
+            lock_soon(guard);
             running[std::size_t(worker)] = -1;
             next = end(action, status, runs);
         }
@@ -161,8 +176,9 @@ private:
             std::lock_guard const guard(display_lock);
             display->action_begins(planned, reasons[std::size_t(index)]);
         }
-        state.action_begins(planned);
-        STATUS const status = STATUS(state.action_ends(planned, run_action(action, table, cache)));
+        STATUS const worked =
+            state.action_begins(planned) ? run_action(action, table, cache) : ACTION_INTERFACE::FAILED;
+        STATUS const status = STATUS(state.action_ends(planned, worked));
         if (display) {
             std::lock_guard const guard(display_lock);
             for (ACTION_LINE const &line : action.lines())

@@ -24,7 +24,8 @@ public:
 
     // On the worker's thread, right before and right after ACTION_INTERFACE::run. What comes back from `ran` is the
     // status that counts: a success without its main target is none. On failure the targets have been put back.
-    virtual void action_begins(PLANNED_ACTION const &action) = 0;
+    // False: the action must not run, and the line that says why is among its lines.
+    virtual bool action_begins(PLANNED_ACTION const &action) = 0;
     virtual int action_ends(PLANNED_ACTION const &action, int status) = 0;
 
     // An action that was scheduled and did not run because of another's failure, or because the run was broken off.

@@ -12,17 +12,18 @@ fs::path path_of(QString const &file) { return std::string(disk_name(file)); }
 bool is_below_raw(LOGICAL_PATH const &path) { return path.startsWith(QLatin1String("<raw>/")); }
 
 // With the time of its last change, so that a file which is put back looks untouched.
-bool copy_with_time(fs::path const &from, fs::path const &to)
+void copy_with_time(fs::path const &from, fs::path const &to, std::error_code &fault)
 {
-    std::error_code fault;
     fs::copy_file(from, to, fs::copy_options::overwrite_existing, fault);
     if (fault)
-        return false;
-    auto const time = fs::last_write_time(from, fault);
-    if (!fault)
-        fs::last_write_time(to, time, fault);
-    return true;
+        return;
+    std::error_code no_matter;
+    auto const time = fs::last_write_time(from, no_matter);
+    if (!no_matter)
+        fs::last_write_time(to, time, no_matter);
 }
+
+QString text_of(std::error_code const &fault) { return QString::fromLocal8Bit(fault.message().c_str()); }
 
 bool is_same(fs::path const &a, fs::path const &b)
 {
@@ -43,9 +44,13 @@ TARGET_GUARD::TARGET_GUARD(PLANNED_ACTION const &planned, QString const &side_fo
         std::error_code fault;
         noted.stood = fs::exists(path_of(noted.file), fault);
         if (fs::is_regular_file(path_of(noted.file), fault) && keeps_copies && !noted.is_raw) {
-            QString const name = QStringLiteral("%1/%2-%3").arg(side_folder).arg(action.index).arg(targets.size());
-            if (copy_with_time(path_of(noted.file), path_of(name)))
+            QString const name = side_folder + QStringLiteral("/%1-%2").arg(action.index).arg(targets.size());
+            copy_with_time(path_of(noted.file), path_of(name), fault);
+            if (!fault)
                 noted.copy = name;
+            else
+                copy_fault = QStringLiteral("%1: cannot be kept aside while the action runs: %2")
+                                 .arg(noted.file, text_of(fault));
         }
         targets.push_back(noted);
     }
@@ -80,10 +85,11 @@ bool TARGET_GUARD::restore(QString &fault)
                 fs::remove(file, error);
         } else if (!target.copy.isEmpty() && !is_same(file, path_of(target.copy))) {
             fs::rename(path_of(target.copy), file, error);
+            if (error == std::errc::cross_device_link)
+                copy_with_time(path_of(target.copy), file, error);
         }
         if (error && error != std::errc::no_such_file_or_directory)
-            fault = QStringLiteral("%1: cannot be put back as it was: %2")
-                        .arg(target.file, QString::fromLocal8Bit(error.message().c_str()));
+            fault = QStringLiteral("%1: cannot be put back as it was: %2").arg(target.file, text_of(error));
     }
     return fault.isEmpty();
 }

@@ -9,11 +9,14 @@
 
 class TARGET_GUARD {
 public:
-    // Notes which targets stand, and copies them into `side_folder` if `keeps_copies`.
+    // Notes which targets stand, and copies them into `side_folder` if `keeps_copies`. What could not be copied is told
+    // by fault(); the action must not run then.
     TARGET_GUARD(PLANNED_ACTION const &action, QString const &side_folder, bool keeps_copies);
     ~TARGET_GUARD();  // removes the copies
     TARGET_GUARD(TARGET_GUARD const &) = delete;
     TARGET_GUARD &operator=(TARGET_GUARD const &) = delete;
+
+    QString const &fault() const { return copy_fault; }
 
     // A file that the action turned out to write, with the news whether it was there before. Of such a file there is no
     // copy: it goes if it was not there, and stays as it is otherwise.
@@ -32,4 +35,5 @@ private:
 
     PLANNED_ACTION const &action;
     std::vector<TARGET> targets;
+    QString copy_fault;
 };

@@ -37,7 +37,7 @@ class NO_BOOKS : public RUN_STATE {
 public:
     QString stale_reason(PLANNED_ACTION const &) override { return QStringLiteral("benchmark"); }
     bool run_begins(QVector<PLANNED_ACTION const *> const &) override { return true; }
-    void action_begins(PLANNED_ACTION const &) override {}
+    bool action_begins(PLANNED_ACTION const &) override { return true; }
     int action_ends(PLANNED_ACTION const &, int status) override { return status; }
     void action_left_out(PLANNED_ACTION const &) override {}
     bool run_ends() override { return true; }

@@ -131,6 +131,22 @@ TEST_F(BUILT_TREE, AFailureIsTriedAgainAndPutsItsTargetsBack)
     EXPECT_EQ(build().run, QStringList());
 }
 
+TEST_F(BUILT_TREE, AnActionDoesNotRunIfItsTargetCannotBeKeptAside)
+{
+    write(a_text, "a");
+    write("raw_data/b.txt", "b");
+    build();
+    write(a_text, "aa");
+    write("raw_data/b.txt", "bb");
+    TEXT_ACTION::before_work = [&](TEXT_ACTION &) { QDir(path("working_data/.mox/aside")).removeRecursively(); };
+    QStringList const lines = build().lines;
+    TEXT_ACTION::before_work = nullptr;
+    EXPECT_EQ(lines, QStringList(path("working_data/made/b.out") +
+                                 ": cannot be kept aside while the action runs: No such file or directory"));
+    EXPECT_EQ(read("working_data/made/a.out") + read("working_data/made/b.out"), "aab");
+    EXPECT_EQ(build().run, QStringList("b"));
+}
+
 TEST_F(BUILT_TREE, ASuccessWithoutItsProductIsNone)
 {
     write(a_text, "forget");

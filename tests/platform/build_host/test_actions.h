@@ -67,7 +67,11 @@ public:
                    : "";
     }
     bool run_begins(QVector<PLANNED_ACTION const *> const &) override { return true; }
-    void action_begins(PLANNED_ACTION const &planned) override { note("+", planned); }
+    bool action_begins(PLANNED_ACTION const &planned) override
+    {
+        note("+", planned);
+        return true;
+    }
     int action_ends(PLANNED_ACTION const &planned, int status) override
     {
         note("-", planned);
