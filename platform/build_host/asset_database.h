@@ -52,6 +52,7 @@ public:
     // Another server, or a file that was deleted and made anew, has another identity. A missing file is made first if
     // that is allowed, as it is for a build: what is to hold its rows has to have an identity from the start.
     QString identity() override;
+    QString file() const override { return settings.driver == QLatin1String("sqlite") ? settings.name : QString(); }
     void allow_making() { may_make = true; }
     // Sets generated keys aside, until the run ends, for the rows of `table`: the next free numbers in the order of the
     // calls, so that the order in which the rows come later does not matter. Rows that were not announced get the

@@ -12,6 +12,9 @@ public:
     // Which database this is: rows in another one are out of date.
     virtual QString identity() = 0;
 
+    // The file that holds it, physical; empty if none does. No product may take its place.
+    virtual QString file() const { return {}; }
+
     // Enters the rows of one table, in one transaction with the removals that are staged under `key`. `patch`: a row
     // that is there is changed in place; otherwise it is removed and entered anew. Doing it twice does no harm.
     virtual bool apply(UPDATE_DB_TABLE const &table, QString const &key, bool patch, QString &fault) = 0;

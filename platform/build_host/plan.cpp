@@ -37,7 +37,13 @@ class PLANNER {
 public:
     PLANNER(FILE_TREE &tree, RULE_STORE &rule_store, PLAN &made)
         : files(tree), store(rule_store), rules(rule_store), plan(made)
-    {}
+    {
+        if (asset_store() && !asset_store()->file().isEmpty())
+            for (char const *part : {"", "-wal", "-shm", "-journal"}) {
+                PHYSICAL_PATH const file(asset_store()->file() + QLatin1String(part));
+                database_files.append(product_name(file, PATHS::logical_path(file)));
+            }
+    }
 
     void add_processor(PROCESSOR_INTERFACE &processor)
     {
@@ -134,6 +140,12 @@ private:
             if (is_hidden(target.logical)) {
                 planned.action->set_error(
                     QStringLiteral("its target %1 is hidden by a name that begins with a dot").arg(target.physical));
+                return;
+            }
+            if (database_files.contains(product_name(target.physical, target.logical))) {
+                planned.action->set_error(
+                    QStringLiteral("its target %1 is the asset database; give it another folder or name")
+                        .arg(target.physical));
                 return;
             }
         }
@@ -317,6 +329,7 @@ private:
     RULE_CACHE rules;
     PLAN &plan;
     std::unordered_map<std::type_index, KNOWN_CLASS> classes;
+    QStringList database_files;   // as product_name has them
     std::vector<ORDERED> shared;  // pairs of actions with a target in common
 };
 

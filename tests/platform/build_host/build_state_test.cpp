@@ -242,6 +242,17 @@ TEST_F(BUILT_TREE, AProductOfTheOldTreeIsNoneOfTheCurrentOne)
     EXPECT_EQ(build().reasons, QStringList("<working>/a.out is missing"));
 }
 
+TEST_F(BUILT_TREE, NoProductTakesThePlaceOfTheDatabase)
+{
+    write("mox.toml", "[database]\nname = \"working_data/made/./a.out\"\n");
+    write(a_text, "a");
+    BUILD const refused = build();
+    EXPECT_FALSE(refused.good);
+    EXPECT_EQ(refused.lines, QStringList("its target " + path("working_data/made/a.out") +
+                                         " is the asset database; give it another folder or name"));
+    EXPECT_EQ(read("working_data/made/a.out"), "(none)");
+}
+
 TEST_F(BUILT_TREE, ADamagedRecordIsBegunAnew)
 {
     write(a_text, "a");
