@@ -6,7 +6,8 @@
 
 class GRAPH_SCOPE {
 public:
-    explicit GRAPH_SCOPE(SESSION &session) : store(session.project().roots.working, session.files().table)
+    explicit GRAPH_SCOPE(SESSION &session)
+        : store(session.project().roots.working, session.project().roots.old_working, session.files().table)
     {
         set_asset_graph_store(&store);
     }

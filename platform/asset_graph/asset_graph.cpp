@@ -18,16 +18,20 @@ static KN::String disk_name(QString const &path)
 ASSET_GRAPH::INDEX &ASSET_GRAPH::index() const
 {
     std::call_once(was_read, [this] {
-        QDirIterator files(root, {QStringLiteral("*.agf")}, QDir::Files, QDirIterator::Subdirectories);
-        while (files.hasNext()) {
-            QFile file(files.next());
-            QMap<QString, ASSET_FRAGMENT> fragments;
-            QString error = QStringLiteral("cannot be read");
-            if (file.open(QIODevice::ReadOnly) && read_agf(file.read(largest_agf + 1), fragments, error))
-                enter(below_root(file.fileName()), fragments, known);
-            else
-                KN::message(KN::MESSAGE_WARNING, KN::printable(disk_name(file.fileName())) + ": " +
-                                                     error.toStdString() + "; build its asset again");
+        for (QString const &folder : {old_root, root}) {
+            if (folder.isEmpty())
+                continue;
+            QDirIterator files(folder, {QStringLiteral("*.agf")}, QDir::Files, QDirIterator::Subdirectories);
+            while (files.hasNext()) {
+                QFile file(files.next());
+                QMap<QString, ASSET_FRAGMENT> fragments;
+                QString error = QStringLiteral("cannot be read");
+                if (file.open(QIODevice::ReadOnly) && read_agf(file.read(largest_agf + 1), fragments, error))
+                    enter(below_root(file.fileName()), fragments, known);
+                else
+                    KN::message(KN::MESSAGE_WARNING, KN::printable(disk_name(file.fileName())) + ": " +
+                                                         error.toStdString() + "; build its asset again");
+            }
         }
     });
     return known;
@@ -37,7 +41,10 @@ QString ASSET_GRAPH::below_root(QString const &path) const
 {
     QString turned = path;
     turned.replace(QLatin1Char('\\'), QLatin1Char('/'));
-    return turned.startsWith(root + QLatin1Char('/')) ? turned.mid(root.size() + 1) : turned;
+    for (QString const &folder : {root, old_root})
+        if (!folder.isEmpty() && turned.startsWith(folder + QLatin1Char('/')))
+            return turned.mid(folder.size() + 1);
+    return turned;
 }
 
 QString ASSET_GRAPH::fragment_id_from_asset_filename(QString const &asset) const

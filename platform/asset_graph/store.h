@@ -10,7 +10,9 @@ namespace QTSHARED {
 class ASSET_GRAPH_API GRAPH_STORE final : public ASSET_GRAPH_STORE {
 public:
     // The table outlives this object.
-    GRAPH_STORE(QString const &working_root, FILE_TABLE const &files) : held(working_root), ids(files) {}
+    GRAPH_STORE(QString const &working_root, QString const &old_working_root, FILE_TABLE const &files)
+        : held(working_root, old_working_root), ids(files)
+    {}
 
     bool add_and_save(ASSET_FRAGMENT_BUILDER &builder, ACTION_INTERFACE &action, FILE_TABLE const &files,
                       RULE_CACHE const &rules) override;

@@ -13,9 +13,12 @@ namespace QTSHARED {
 
 class ASSET_GRAPH_API ASSET_GRAPH {
 public:
-    // The first call of any other operation reads all AGF files below the folder. One that cannot be read is a warning
-    // and counts as absent.
-    explicit ASSET_GRAPH(QString const &working_root) : root(working_root) {}
+    // The first call of any other operation reads all AGF files below the folders. One that cannot be read is a warning
+    // and counts as absent. Paths below either root are kept without it; of a path that both have, the current one
+    // counts.
+    explicit ASSET_GRAPH(QString const &working_root, QString const &old_working_root = {})
+        : root(working_root), old_root(old_working_root)
+    {}
 
     // The id of the fragment whose asset is `asset`, a path below the working root; empty if there is none.
     QString fragment_id_from_asset_filename(QString const &asset) const;
@@ -39,7 +42,7 @@ private:
     INDEX &index() const;
     void enter(QString const &agf, QMap<QString, ASSET_FRAGMENT> const &fragments, INDEX &to) const;
 
-    QString root;
+    QString root, old_root;  // the second may be empty
     mutable std::once_flag was_read;
     mutable QReadWriteLock lock;  // of `known`
     mutable INDEX known;

@@ -64,6 +64,19 @@ TEST(AssetGraph, RemembersFragmentsAcrossProcessesAndReplacesThoseOfAFile)
     EXPECT_FALSE(graph.asset_fragments().contains("x"));
 }
 
+TEST(AssetGraph, PathsOfTheOldTreeAreKeptWithoutItsRoot)
+{
+    QTemporaryDir const tree;
+    QTemporaryDir const old;
+    QString error;
+    ASSET_FRAGMENT_BUILDER hut = builder(old, "hut.agf");
+    hut.add_fragment("hut", old.filePath("hut.rigid_model_v2"), "");
+    ASSERT_TRUE(ASSET_GRAPH(tree.path(), old.path()).replace_and_save(hut, error)) << error.toStdString();
+    ASSET_GRAPH const graph(tree.path(), old.path());
+    EXPECT_EQ(graph.asset_fragments()["hut"].asset, "hut.rigid_model_v2");
+    EXPECT_EQ(graph.fragment_id_from_asset_filename(old.filePath("hut.rigid_model_v2")), "hut");
+}
+
 TEST(AssetGraph, DamagedFilesAreWarningsAndNothingMore)
 {
     QTemporaryDir const tree;
