@@ -1,6 +1,7 @@
 #include "platform/build_host/run.h"
 
 #include "platform/build_host/action_output.h"
+#include "platform/build_host/number_set.h"
 
 #include <algorithm>
 #include <chrono>
@@ -24,7 +25,7 @@ public:
     RUN(PLAN const &whole, std::vector<QString> const &why, FILE_TREE &files, RULE_STORE &rules,
         RUN_OPTIONS const &told, RUN_STATE &books, RUN_DISPLAY *shown)
         : plan(whole), reasons(why), table(files.table), cache(rules), options(told), state(books), display(shown),
-          turns(whole.actions.size())
+          turns(whole.actions.size()), ready(whole.actions.size())
     {
         result.statuses.assign(plan.actions.size(), ACTION_INTERFACE::IDLE);
         number_groups();
@@ -37,7 +38,7 @@ public:
             for (PLAN_EDGE const &edge : plan.dependencies.of(i))
                 turn(i).open += is_chosen(edge.other);
             if (turn(i).open == 0)
-                ready.push(i);
+                ready.insert(std::size_t(i));
         }
         left = chosen.size();
     }
@@ -145,8 +146,7 @@ private:
     int take()
     {
         while (!ready.empty()) {
-            int const action = ready.top();
-            ready.pop();
+            int const action = int(ready.take_first());
             if (turn(action).group == 0)
                 return action;
             GROUP &group = group_of(action);
@@ -222,7 +222,7 @@ private:
             if (other.group != 0 && other.group == turn(action).group)
                 group_of(action).waiting.push(edge.other);
             else
-                ready.push(edge.other);
+                ready.insert(std::size_t(edge.other));
         }
         if (--left == 0) {
             changed.notify_all();
@@ -240,7 +240,7 @@ private:
         group.waiting.pop();
         if (workers == 1) {
             // In list order among all that are ready.
-            ready.push(next);
+            ready.insert(std::size_t(next));
             return -1;
         }
         group.is_busy = true;
@@ -278,7 +278,7 @@ private:
     std::condition_variable changed, ended;
     std::vector<TURN> turns;
     std::vector<GROUP> groups;  // the first is not used
-    LIST_ORDER ready;
+    NUMBER_SET ready;
     std::vector<int> running;  // by worker; -1: none
     int left = 0;
     int sleeping = 0;
