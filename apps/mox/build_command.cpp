@@ -43,7 +43,8 @@ int build_command(OPTIONS const &options)
     int code = EXIT_DONE;
     if (!open_session(session, options, code))
         return code;
-    if (!session.take_lock() || !session.open_record() || !session.list_files())
+    bool const is_open = options.dry_run ? session.open_record_to_read() : session.take_lock() && session.open_record();
+    if (!is_open || !session.list_files())
         return print_faults(session);
     GRAPH_SCOPE const graph(session);
     session.make_plan();

@@ -14,7 +14,7 @@ QString value_text(QVariant const &value)
 
 QString place_text(RULE_ORIGIN const *origin)
 {
-    return origin != nullptr ? QStringLiteral("%1:%2").arg(origin->file).arg(origin->line) : QString();
+    return origin != nullptr ? QStringLiteral("%1:%2").arg(origin->file, QString::number(origin->line)) : QString();
 }
 
 void print_rule(QString const &title, RULE const &rule)
@@ -74,19 +74,21 @@ int explain_command(OPTIONS const &options)
     int code = EXIT_DONE;
     if (!open_session(session, options, code))
         return code;
-    if (!session.take_lock() || !session.open_record() || !session.list_files())
+    if (!session.open_record_to_read() || !session.list_files())
         return print_faults(session);
     GRAPH_SCOPE const graph(session);
     session.make_plan();
     session.make_state();
-    print_warnings(session, options);
 
     LOGICAL_PATH const path = session.logical_path(options.path);
     FILE_ENTRY const *const entry = session.files().table.peek(path);
+    if (entry == nullptr) {
+        print_error(QStringLiteral("%1: no file of the tree, and none that the plan makes").arg(path));
+        return EXIT_FAILED;
+    }
+    print_warnings(session, options);
     print_line(path);
-    if (entry == nullptr)
-        print_line(QStringLiteral("is no file of the tree, and none that the plan makes"));
-    else if (!entry->is_on_disk())
+    if (!entry->is_on_disk())
         print_line(QStringLiteral("is not on disk; the plan makes it"));
     print_rules_of(session, path);
 
@@ -100,9 +102,8 @@ int explain_command(OPTIONS const &options)
         is_used = true;
         QString const &reason = reasons[std::size_t(action.index)];
         print_line(QStringLiteral("%1 #%2 %3")
-                       .arg(makes && !action.reads(path) ? QStringLiteral("made by") : QStringLiteral("read by"))
-                       .arg(action.index)
-                       .arg(action.action->get_name(true)));
+                       .arg(makes && !action.reads(path) ? QStringLiteral("made by") : QStringLiteral("read by"),
+                            QString::number(action.index), action.action->get_name(true)));
         print_line(QStringLiteral("    %1").arg(reason.isEmpty() ? QStringLiteral("up to date")
                                                                  : QStringLiteral("will run: %1").arg(reason)));
         for (QString const &line : session.state().last_output(action).split(QLatin1Char('\n'), Qt::SkipEmptyParts))

@@ -36,6 +36,7 @@ void SESSION::close()
     set_asset_store(nullptr);
     rows_of_assets.reset();
     rows.close();
+    record_copy.reset();
     lock.give_back();
 }
 
@@ -114,6 +115,39 @@ bool SESSION::open_record()
 {
     QString note;
     bool const good = rows.open(current.state_folder + QStringLiteral("/record.sqlite"), note);
+    if (!note.isEmpty())
+        (good ? warning_lines : fault_lines) += note;
+    return good;
+}
+
+// A build that runs meanwhile has the file for itself, so a copy is read. The file as such changes only now and then,
+// when the log of what was written lately is merged into it.
+bool SESSION::open_record_to_read()
+{
+    QString const file = current.state_folder + QStringLiteral("/record.sqlite");
+    QString copy = QStringLiteral(":memory:");
+    if (QFile::exists(file)) {
+        record_copy = std::make_unique<QTemporaryDir>();
+        copy = record_copy->filePath(QStringLiteral("record.sqlite"));
+        bool good = false;
+        for (int attempt = 0; attempt < 3 && !good; ++attempt) {
+            FILE_STAMP const before = stamp_of(file);
+            good = true;
+            for (char const *part : {"", "-wal"}) {
+                QString const from = file + QLatin1String(part), to = copy + QLatin1String(part);
+                QFile::remove(to);
+                good = good && (!QFile::exists(from) || QFile::copy(from, to));
+            }
+            FILE_STAMP const after = stamp_of(file);
+            good = good && before.size == after.size && before.time == after.time;
+        }
+        if (!good) {
+            fault_lines += QStringLiteral("%1: cannot be copied to be read; try again later").arg(file);
+            return false;
+        }
+    }
+    QString note;
+    bool const good = rows.open(copy, note);
     if (!note.isEmpty())
         (good ? warning_lines : fault_lines) += note;
     return good;

@@ -11,6 +11,8 @@
 #include "platform/build_host/rule_store.h"
 #include "platform/build_host/run.h"
 
+#include <QtCore/QTemporaryDir>
+
 #include <memory>
 
 class BUILD_HOST_API SESSION {
@@ -28,13 +30,14 @@ public:
     // `folder`: the project's, or empty for the nearest at or above the working directory. `plug_ins`: modules to load,
     // and folders of such.
     bool open(QString const &folder, QStringList const &plug_ins);
-    bool load_plug_ins(QStringList const &plug_ins);       // part of `open`
-    bool list_files();                                     // and reads the rules
-    bool take_lock();                                      // of the tree, until the session ends
-    bool open_record();                                    // under the lock
+    bool load_plug_ins(QStringList const &plug_ins);  // part of `open`
+    bool list_files();                                // and reads the rules
+    bool take_lock();                                 // of the tree, until the session ends
+    bool open_record();                               // under the lock
+    bool open_record_to_read();  // instead, without the lock: as the record stood then; nothing is written
     void make_plan() { make_plan(modules.processors()); }  // list_files has been called
     void make_plan(std::vector<PROCESSOR_INTERFACE *> const &processors);
-    void make_state();  // open_record and make_plan have been called
+    void make_state();  // the record is open, make_plan has been called
 
     // Takes off the disk what the record says the build wrote, and its rows out of the record. `removed` gets the
     // paths. `only_gone`: only what belongs to actions that are no longer planned; there is a state then.
@@ -63,6 +66,7 @@ private:
     FILE_TREE tree;
     BUILD_LOCK lock;
     bool has_lock = false;
+    std::unique_ptr<QTemporaryDir> record_copy;  // where the record that is only read stands
     BUILD_RECORD rows;
     std::unique_ptr<ASSET_DATABASE> rows_of_assets;
     std::unique_ptr<DEPOT> depot;

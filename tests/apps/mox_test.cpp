@@ -98,6 +98,7 @@ TEST_F(MoxTest, AChangedSceneRebuildsItselfAndWhatRefersToIt)
     ASSERT_TRUE(scene.open(QIODevice::ReadWrite | QIODevice::Append));
     scene.write(QByteArray("\x08\0\0\0\xff\xff\xff\x7f", 8));  // an empty chunk of a type that nobody knows
     scene.close();
+    EXPECT_EQ(mox({"explain", "<raw>/no such.vx2"}).code, 1);
     EXPECT_TRUE(mox({"explain", barrel}).out.contains("will run: <raw>/props/barrel.vx2 has changed"));
     RESULT const result = mox({"build", "--json"});
     EXPECT_EQ(result.code, 0) << result.error.toStdString();

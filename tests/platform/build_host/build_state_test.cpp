@@ -278,6 +278,30 @@ TEST_F(BUILT_TREE, ADamagedRecordIsBegunAnew)
     }
 }
 
+// Neither the lock nor a state folder is needed, nor is one made.
+TEST_F(BUILT_TREE, TheRecordCanBeReadWhileABuildRuns)
+{
+    write(a_text, "a");
+    auto const reason = [&] {
+        SESSION session;
+        EXPECT_TRUE(session.open(folder.path(), {}) && session.open_record_to_read() && session.list_files());
+        TEXT_PROCESSOR processor(version);
+        session.make_plan({&processor});
+        session.make_state();
+        return choose_actions(session.plan(), session.state()).front();
+    };
+    EXPECT_EQ(reason(), "the build record does not know it");
+    EXPECT_FALSE(QDir(path("working_data")).exists());
+    build();
+    EXPECT_EQ(reason(), "");
+    write(a_text, "aa");
+    QString meanwhile;
+    TEXT_ACTION::before_work = [&](TEXT_ACTION &) { meanwhile = reason(); };
+    build();
+    TEXT_ACTION::before_work = nullptr;
+    EXPECT_EQ(meanwhile, "an earlier build did not bring it to a good end");
+}
+
 TEST_F(BUILT_TREE, TwoBuildsExcludeEachOther)
 {
     SESSION first;
