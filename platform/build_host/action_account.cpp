@@ -45,7 +45,8 @@ QString property_line(QString const &kind, QString const &property, RULE_DATA co
     RULE_ORIGIN const *origin = found != nullptr ? found->origin : nullptr;
     if (origin == nullptr && rule != nullptr && !rule->rules.empty())
         origin = rule->rules.back();
-    QString const place = origin != nullptr ? QStringLiteral("%1:%2").arg(origin->file).arg(origin->line) : QString();
+    QString const place =
+        origin != nullptr ? QStringLiteral("%1:%2").arg(origin->file, QString::number(origin->line)) : QString();
     return QStringLiteral("%1.%2 = %3\t%4\n").arg(kind, property, value, place);
 }
 

@@ -450,7 +450,8 @@ bool ASSET_DATABASE::on_thread(WORK const &work, QString &fault)
 QString ASSET_DATABASE::identity()
 {
     if (settings.driver != QLatin1String("sqlite"))
-        return QStringLiteral("%1 %2 %3 %4").arg(settings.driver, settings.host, settings.name).arg(settings.port);
+        return QStringLiteral("%1 %2 %3 %4")
+            .arg(settings.driver, settings.host, settings.name, QString::number(settings.port));
     QString fault;
     if (may_make && !is_memory(settings) && !QFile::exists(settings.name))
         on_thread([](QSqlDatabase &, QString &) { return true; }, fault);  // a fault comes with the first row

@@ -26,9 +26,7 @@ bool BUILD_LOCK::take(QString const &state_folder, QString &fault)
     if (file->error() == QLockFile::LockFailedError && file->getLockInfo(&process, &machine, &program))
         fault =
             QStringLiteral("%1: another build of this tree is running (%2, process %3 on %4); wait for it or end it")
-                .arg(name, program)
-                .arg(process)
-                .arg(machine);
+                .arg(name, program, QString::number(process), machine);
     else
         fault = QStringLiteral("%1: the lock of this tree cannot be taken; is the folder writable?").arg(name);
     file.reset();

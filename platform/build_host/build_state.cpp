@@ -257,7 +257,7 @@ RECORD_TEXTS BUILD_STATE::texts_of(PLANNED_ACTION const &action) const
     if (TARGET_FILE const *const target = action.main_target())
         texts.target = target->logical;
     for (ACTION_LINE const &line : action.action->lines())
-        texts.output += QStringLiteral("%1 %2\n").arg(line.level).arg(line.text);
+        texts.output += QStringLiteral("%1 %2\n").arg(QString::number(line.level), line.text);
     return texts;
 }
 

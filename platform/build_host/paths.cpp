@@ -120,6 +120,8 @@ QString PATHS::relative_target_path_from_rule_path(RULE const &rule, QString con
 
     QString const text = value.toString();
     QString const working = QStringLiteral("<working>/");
+    if (text == QLatin1String("<working>"))
+        return {};
     if (text.startsWith(working))
         return inner_path(text.mid(working.size()));
     if (text.startsWith(QLatin1Char('/')) || text.startsWith(QLatin1Char('\\')))

@@ -35,7 +35,7 @@ public:
 
     void fail(TOML_NODE const &at, QString const &what)
     {
-        faults.append(QStringLiteral("mox.toml:%1: %2").arg(at.line).arg(what));
+        faults.append(QStringLiteral("mox.toml:%1: %2").arg(QString::number(at.line), what));
     }
 
 private:
@@ -124,7 +124,7 @@ bool read_project(QString const &folder, PROJECT &project, QStringList &faults)
     }
     TOML_NODE root;
     QString fault;
-    if (!read_toml(file.readAll(), QStringLiteral("mox.toml"), root, fault)) {
+    if (!read_toml(file.read(largest_toml + 1), QStringLiteral("mox.toml"), root, fault)) {
         faults.append(fault);
         return false;
     }

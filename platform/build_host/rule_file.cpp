@@ -87,7 +87,7 @@ public:
 private:
     void fail(TOML_NODE const &at, QString const &what)
     {
-        faults.append(QStringLiteral("%1:%2: %3").arg(shown).arg(at.line).arg(what));
+        faults.append(QStringLiteral("%1:%2: %3").arg(shown, QString::number(at.line), what));
     }
 
     void read_rule(TOML_NODE const &node, QString const &kind, bool is_global)

@@ -97,26 +97,23 @@ bool TOML_NODE::read_texts(QStringList &texts) const
 
 bool read_toml(QByteArray const &text, QString const &shown, TOML_NODE &root, QString &fault)
 {
-    constexpr int largest = 1 << 20;  // bytes
-    if (text.size() > largest) {
-        fault = QStringLiteral("%1: %2 bytes, more than the %3 that such a file may have")
-                    .arg(shown)
-                    .arg(text.size())
-                    .arg(largest);
+    if (text.size() > largest_toml) {
+        fault = QStringLiteral("%1: more than the %2 bytes that such a file may have")
+                    .arg(shown, QString::number(largest_toml));
         return false;
     }
     constexpr int most_sections = 16;
     std::string_view const bytes(text.constData(), std::size_t(text.size()));
     if (longest_key(bytes) > most_sections) {
-        fault = QStringLiteral("%1: a key has more than %2 sections").arg(shown).arg(most_sections);
+        fault = QStringLiteral("%1: a key has more than %2 sections").arg(shown, QString::number(most_sections));
         return false;
     }
     try {
         root = convert(toml::parse(bytes));
         return true;
     } catch (toml::parse_error const &error) {
-        fault =
-            QStringLiteral("%1:%2: %3").arg(shown).arg(error.source().begin.line).arg(from_utf8(error.description()));
+        fault = QStringLiteral("%1:%2: %3")
+                    .arg(shown, QString::number(error.source().begin.line), from_utf8(error.description()));
         return false;
     }
 }

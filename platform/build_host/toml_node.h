@@ -25,6 +25,7 @@ struct TOML_NODE {
     bool read_texts(QStringList &texts) const;
 };
 
-// False, with "SHOWN:LINE: what is wrong", if the text is no TOML, larger than 1 MiB, or nested
-// without sense.
+constexpr int largest_toml = 1 << 20;  // bytes; more is no file that people write
+
+// False, with "SHOWN:LINE: what is wrong", if the text is no TOML, larger than that, or nested without sense.
 bool read_toml(QByteArray const &text, QString const &shown, TOML_NODE &root, QString &fault);
