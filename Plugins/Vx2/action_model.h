@@ -29,12 +29,16 @@ public:
 
     LOGICAL_PATH const texture_folder;
     QString const animation_type;  // empty: not animated
+
+private:
+    PHYSICAL_PATH final_target_path;
+
+public:
     bool const single_lod;
 
 private:
     QString final_folder() const;
     PHYSICAL_PATH description_path() const;
 
-    PHYSICAL_PATH final_target_path;
     VEX2_LOADER::VEX2 *&scene_slot;
 };
