@@ -241,8 +241,8 @@ QString BUILD_STATE::account_of(PLANNED_ACTION const &action) const
                 text += property_line(rule->kind, property, rule);
     PROCESSOR_INTERFACE const *const processor = action.action->processor();
     if (processor != nullptr)
-        text +=
-            QStringLiteral("converter = %1 %2\n").arg(processor->converter_name()).arg(processor->converter_version());
+        text += QStringLiteral("converter = %1 %2\n")
+                    .arg(processor->converter_name(), QString::number(processor->converter_version()));
     if (!action.action->error().isEmpty())
         text += QStringLiteral("error = '%1'\n").arg(action.action->error());
     return text;
