@@ -150,6 +150,10 @@ TEST(Rules, FaultsNamePlaceAndWayOut)
     dotted.add_folder_rules("f", "# ....................\n[Model]\nTargetPath = \"\\\"....................\"\n"
                                  "Tree = '''...\n'.................'''\n");
     EXPECT_EQ(dotted.faults, QStringList());
+    ASSET_TREE percent;
+    percent.add_folder_rules("%2%3", "Model = 3");
+    EXPECT_EQ(percent.faults,
+              QStringList("%2%3/rules.toml:1: 'Model' is no rule; a rule is written [KIND] or [[KIND]]"));
     // What is no TOML is told with its line, in the parser's words.
     ASSET_TREE tree;
     tree.add_folder_rules("f", "[Model]\nTree = \n");
