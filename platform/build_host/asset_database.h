@@ -7,6 +7,7 @@
 // columns are small letters, digits and underscores; values are bound, never part of a statement.
 #pragma once
 
+#include "platform/build_host/asset_rows.h"
 #include "platform/build_host/asset_store.h"
 
 #include <QtCore/QString>
@@ -19,8 +20,6 @@
 #include <mutex>
 #include <thread>
 
-class QSqlDatabase;
-
 // How mox.toml describes the database.
 struct DATABASE_SETTINGS {
     QString driver = QStringLiteral("sqlite");  // sqlite or postgresql
@@ -30,12 +29,6 @@ struct DATABASE_SETTINGS {
     QString user;
     QString password_variable;  // name of the environment variable that holds it
     QString export_folder;      // physical: where the tables are written as text
-};
-
-// The numbers that are set aside for rows of one table with a generated key.
-struct RESERVED_KEYS {
-    qint64 highest = 0;                // numbers begin at 1
-    QMap<QStringList, qint64> by_row;  // by the columns that a row is known by, followed by their values
 };
 
 // Calls from any thread; each takes effect as a whole, or leaves the database as it was and gives a line.
