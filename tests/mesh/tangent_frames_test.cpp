@@ -210,22 +210,42 @@ TEST(GenerateFrames, GivesWhatThePlainestFormGives)
     }
 }
 
-// A square of 2 by 3 metres with u along x and v along y, its second triangle mirrored in u.
+// Right-angled triangles: u grows along x and v along y by 1 on the way that `size` tells.
 TEST(GenerateFrames, FramesPointWhereUAndVGrow)
 {
-    VEX2 scene;
-    VEX2_STATIC_MESH &mesh = *new VEX2_STATIC_MESH;
-    scene.static_meshes.append(&mesh);
-    for (VEX2_VERTEX const &vertex :
-         {vertex_at({0, 0, 0}, {{0, 0, 0}}), vertex_at({2, 0, 0}, {{1, 0, 0}}), vertex_at({0, 3, 0}, {{0, 1, 0}}),
-          vertex_at({9, 0, 0}, {{0, 0, 0}}), vertex_at({8, 0, 0}, {{1, 0, 0}}), vertex_at({9, 3, 0}, {{0, 1, 0}}),
-          vertex_at({9, 9, 9}, {{5, 5, 5}}), vertex_at({9, 9, 0}, {{5, 5, 5}}), vertex_at({0, 9, 9}, {{5, 5, 5}})})
-        mesh.vertices.append(vertex);
-    mesh.sections.append(section_of({{{0, 1, 2}}, {{3, 4, 5}}, {{6, 7, 8}}}));
-    generate_frames(scene, {});
-    const VEX2_TANGENT_FRAME expected[3] = {{{0, 1, 0}, {1, 0, 0}}, {{0, 1, 0}, {-1, 0, 0}}, {}};
-    for (unsigned i = 0; i < 9; ++i)
-        EXPECT_EQ(std::memcmp(mesh.vertices[i].frames.data, &expected[i / 3], sizeof expected[0]), 0) << i;
+    const struct {
+        const char *what;
+        VEX2_VECTOR size, u, v;
+        VEX2_VECTOR binormal, tangent;
+    } cases[] = {
+        {"plain", {2, 3, 0}, {1, 0, 0}, {0, 1, 0}, {0, 1, 0}, {1, 0, 0}},
+        {"mirrored", {-2, 3, 0}, {1, 0, 0}, {0, 1, 0}, {0, 1, 0}, {-1, 0, 0}},
+        {"only above a length of 0.1 is normalised",
+         {0.102f, 0.098f, 0},
+         {1, 0, 0},
+         {0, 1, 0},
+         {0, 0.098f, 0},
+         {1, 0, 0}},
+        {"no area in u and v: unscaled", {2, 3, 0}, {1, 0, 0}, {0, 0, 0}, {0, 1, 0}, {0, 0, 0}},
+        {"one point in u and v", {2, 3, 0}, {0, 0, 0}, {0, 0, 0}, {0, 0, 0}, {0, 0, 0}},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        VEX2 scene;
+        VEX2_STATIC_MESH &mesh = *new VEX2_STATIC_MESH;
+        scene.static_meshes.append(&mesh);
+        for (VEX2_VERTEX const &vertex : {vertex_at({0, 0, 0}, {{0, 0, 0}}), vertex_at({c.size.x, 0, 0}, {c.u}),
+                                          vertex_at({0, c.size.y, 0}, {c.v})})
+            mesh.vertices.append(vertex);
+        mesh.sections.append(section_of({{{0, 1, 2}}}));
+        generate_frames(scene, {});
+        for (VEX2_VERTEX const &vertex : mesh.vertices) {
+            EXPECT_NEAR(vertex.frames[0].binormal.x, c.binormal.x, 1e-6f);
+            EXPECT_NEAR(vertex.frames[0].binormal.y, c.binormal.y, 1e-6f);
+            EXPECT_NEAR(vertex.frames[0].tangent.x, c.tangent.x, 1e-6f);
+            EXPECT_NEAR(vertex.frames[0].tangent.y, c.tangent.y, 1e-6f);
+        }
+    }
 }
 
 TEST(GenerateFrames, OptionsChooseMeshesAndTriangles)
