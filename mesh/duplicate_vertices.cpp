@@ -43,7 +43,7 @@ INDICES ranks_by_slot(INDICES const &hashes, std::uint32_t vertex_count)
     KN::DynamicArray<std::uint64_t> slot_of;
     slot_of.reserve(hashes.count);
     for (std::uint32_t const hash : hashes)
-        slot_of.append(slots.occupy(hash % slot_count));
+        slot_of.append(slots.occupy(slot_count > UINT32_MAX ? hash : hash % std::uint32_t(slot_count)));
     slots.count();
 
     INDICES ranks;

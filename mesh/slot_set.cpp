@@ -13,7 +13,7 @@ SLOT_SET::SLOT_SET(std::uint64_t capacity)
     }
 }
 
-std::uint64_t SLOT_SET::occupy(std::uint64_t start)
+std::uint64_t SLOT_SET::occupy_next(std::uint64_t start)
 {
     std::uint64_t slot = first_free(start);
     if (slot == none)

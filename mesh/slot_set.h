@@ -16,7 +16,15 @@ public:
 
     // Occupies the first free slot at or behind `start`, going on from slot 0 behind the last one, and returns it.
     // `start` is below the capacity; at least one slot is free.
-    std::uint64_t occupy(std::uint64_t start);
+    std::uint64_t occupy(std::uint64_t start)
+    {
+        std::uint64_t &word = levels[0][start / 64];
+        std::uint64_t const taken = word | std::uint64_t(1) << start % 64;
+        if (taken == word || taken == ~std::uint64_t(0))
+            return occupy_next(start);
+        word = taken;
+        return start;
+    }
 
     // To be called once no more slots are taken, before `rank`.
     void count();
@@ -30,6 +38,8 @@ public:
 private:
     static constexpr std::uint64_t none = ~std::uint64_t(0);
 
+    // The same where the slot itself, or the last room of its word, is taken.
+    std::uint64_t occupy_next(std::uint64_t start);
     std::uint64_t first_free(std::uint64_t start) const;
 
     // levels[0] has a bit a slot, 1 = occupied; levels[k + 1] a bit a word of levels[k], 1 = full; the last has one
