@@ -105,11 +105,24 @@ public:
         add_texture(MATERIAL_NAME::normal_slot, "normal", {aiTextureType_NORMALS, aiTextureType_NORMAL_CAMERA});
         if (material.GetTextureCount(aiTextureType_HEIGHT) != 0)
             notes.add("material '" + label + "': its bump map is left out; use a normal map");
+        note_other_pictures();
         add_numbers(textured);
         return made;
     }
 
 private:
+    // What a scene's material has no slot for.
+    void note_other_pictures()
+    {
+        constexpr std::pair<aiTextureType, char const *> others[] = {
+            {aiTextureType_EMISSIVE, "emissive"},           {aiTextureType_METALNESS, "metalness"},
+            {aiTextureType_DIFFUSE_ROUGHNESS, "roughness"}, {aiTextureType_LIGHTMAP, "occlusion"},
+            {aiTextureType_SPECULAR, "specular"},           {aiTextureType_OPACITY, "opacity"}};
+        for (auto const &[type, use] : others)
+            if (material.GetTextureCount(type) != 0)
+                notes.add("material '" + label + "': its " + use + " texture is left out");
+    }
+
     bool add_texture(char16_t const *slot, char const *use, std::initializer_list<aiTextureType> types)
     {
         aiTextureType type = aiTextureType_NONE;
