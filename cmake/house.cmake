@@ -1,4 +1,4 @@
-# How a folder becomes a target: house_library, house_program, house_test, house_benchmark.
+# How a folder becomes a target: house_library, house_program, house_test, house_benchmark, house_fuzzer.
 #
 # Arrows between folders are enforced by the include path. Each library's headers are reached through a folder of
 # links of its own, build/include/TARGET, so that an #include of a folder that is not linked does not compile.
@@ -104,4 +104,11 @@ function(house_benchmark name)
     cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
     house_program(${name} SOURCES ${ARG_SOURCES} LINK ${ARG_LINK} benchmark::benchmark_main)
     house_headers(${name} benchmarks PRIVATE)
+endfunction()
+
+# house_fuzzer(NAME SOURCES file.. LINK target..): the sources define LLVMFuzzerTestOneInput.
+function(house_fuzzer name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+    house_program(${name} SOURCES ${ARG_SOURCES} LINK ${ARG_LINK})
+    target_link_options(${name} PRIVATE -fsanitize=fuzzer)
 endfunction()
