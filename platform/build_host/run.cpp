@@ -1,46 +1,27 @@
 #include "platform/build_host/run.h"
 
 #include "platform/build_host/action_output.h"
-#include "platform/build_host/number_set.h"
+#include "platform/build_host/scheduler.h"
 
 #include <algorithm>
-#include <chrono>
-#include <condition_variable>
-#include <emmintrin.h>
+#include <atomic>
 #include <mutex>
-#include <queue>
 #include <thread>
 
 using STATUS = ACTION_INTERFACE::STATUS;
 
 namespace {
 
-// Numbers, the smallest first.
-using LIST_ORDER = std::priority_queue<int, std::vector<int>, std::greater<int>>;
-
-// One run of a plan. Everything that decides what comes next stands under one lock, which a worker takes once an
-// action; actions last milliseconds and more.
+// One run of a plan. The scheduler says who does what; here it is done, shown and counted.
 class RUN {
 public:
-    RUN(PLAN const &whole, std::vector<QString> const &why, FILE_TREE &files, RULE_STORE &rules,
-        RUN_OPTIONS const &told, RUN_STATE &books, RUN_DISPLAY *shown)
-        : plan(whole), reasons(why), table(files.table), cache(rules), options(told), state(books), display(shown),
-          turns(whole.actions.size()), ready(whole.actions.size())
+    RUN(PLAN const &whole, std::vector<QString> const &why, QVector<PLANNED_ACTION const *> const &chosen_ones,
+        FILE_TREE &files, RULE_STORE &rules, RUN_OPTIONS const &told, RUN_STATE &books, RUN_DISPLAY *shown)
+        : plan(whole), reasons(why), chosen(chosen_ones), table(files.table), cache(rules), options(told), state(books),
+          display(shown), scheduler(whole, chosen_ones, worker_count(told, chosen_ones.size())),
+          tallies(std::size_t(scheduler.worker_count())), has_begun(whole.actions.size(), 0)
     {
         result.statuses.assign(plan.actions.size(), ACTION_INTERFACE::IDLE);
-        number_groups();
-        for (std::size_t i = 0; i < reasons.size(); ++i)
-            turns[i].is_chosen = !reasons[i].isEmpty();
-        for (int i = 0; i < int(plan.actions.size()); ++i) {
-            if (!is_chosen(i))
-                continue;
-            chosen.append(&plan.actions[std::size_t(i)]);
-            for (PLAN_EDGE const &edge : plan.dependencies.of(i))
-                turn(i).open += is_chosen(edge.other);
-            if (turn(i).open == 0)
-                ready.insert(std::size_t(i));
-        }
-        left = chosen.size();
     }
 
     RUN_RESULT run()
@@ -52,119 +33,75 @@ public:
         }
         if (display)
             display->run_begins(chosen.size(), int(plan.actions.size()));
-
-        int const cores = std::max(1, int(std::thread::hardware_concurrency()));
-        workers = std::clamp(options.jobs > 0 ? options.jobs : cores, 1, std::max(1, chosen.size()));
-        running.assign(std::size_t(workers), -1);
         std::vector<std::thread> threads;
-        for (int i = 0; i < workers; ++i)
+        for (int i = 0; i < scheduler.worker_count(); ++i)
             threads.emplace_back([this, i] { work(i); });
         watch_for_interruption();
         for (std::thread &thread : threads)
             thread.join();
+        for (TALLY const &tally : tallies) {
+            result.done += tally.done;
+            result.failed += tally.failed;
+            result.left_out += tally.left_out;
+        }
         result.books_kept = state.run_ends();
         return std::move(result);
     }
 
 private:
-    struct TURN {
-        int open = 0;   // dependencies that have not ended
-        int group = 0;  // 0: none
-        bool is_chosen = false;
-        bool dependency_failed = false;
-        bool has_begun = false;  // an action that it waits for has run, directly or further back
+    // Of one worker, on a cache line of its own.
+    struct alignas(64) TALLY {
+        std::atomic<int> running = -1;  // -1: none
+        int done = 0, failed = 0, left_out = 0;
     };
 
-    struct GROUP {
-        bool is_busy = false;
-        LIST_ORDER waiting;  // ready but for the group
-    };
-
-    bool is_chosen(int action) const { return turns[std::size_t(action)].is_chosen; }
-    TURN &turn(int action) { return turns[std::size_t(action)]; }
-    GROUP &group_of(int action) { return groups[std::size_t(turn(action).group)]; }
-
-    // Group numbers of the process become places in a list.
-    void number_groups()
+    static int worker_count(RUN_OPTIONS const &options, int actions)
     {
-        std::vector<int> numbers;
-        for (PLANNED_ACTION const &planned : plan.actions)
-            if (planned.action->group != 0)
-                numbers.push_back(planned.action->group);
-        std::sort(numbers.begin(), numbers.end());
-        numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
-        groups.resize(numbers.size() + 1);
-        for (PLANNED_ACTION const &planned : plan.actions)
-            if (planned.action->group != 0)
-                turn(planned.index).group =
-                    1 + int(std::lower_bound(numbers.begin(), numbers.end(), planned.action->group) - numbers.begin());
-    }
-
-    // The lock is held for less time than it takes to go to sleep and come back.
-    static void lock_soon(std::unique_lock<std::mutex> &guard)
-    {
-        for (int tries = 0; tries < 200; ++tries) {
-            if (guard.try_lock())
-                return;
-            _mm_pause();
-        }
-        guard.lock();
+        int const cores = std::max(1, int(std::thread::hardware_concurrency()));
+        return std::clamp(options.jobs > 0 ? options.jobs : cores, 1, std::max(1, actions));
     }
 
     void work(int worker)
     {
-        std::unique_lock guard(lock);
-        int next = -1;
-        for (;;) {
-            if (next < 0)
-                next = take();
-            if (next < 0) {
-                if (left == 0)
-                    break;
-                ++sleeping;
-                changed.wait(guard);
-                --sleeping;
-                continue;
+        TALLY &tally = tallies[std::size_t(worker)];
+        for (int action = scheduler.next(worker); action >= 0; action = scheduler.next(worker)) {
+            bool const has_failed_dependency = look_back(action);
+            bool const runs = decide(action, has_failed_dependency);
+            STATUS status;
+            if (runs) {
+                tally.running.store(action, std::memory_order_relaxed);
+                status = execute(action);
+                tally.running.store(-1, std::memory_order_relaxed);
+                has_begun[std::size_t(action)] = true;
+            } else {
+                status = leave_out(action, has_failed_dependency);
             }
-            int const action = next;
-            bool const runs = decide(action);
-            if (runs)
-                running[std::size_t(worker)] = action;
-            if (sleeping > 0 && !ready.empty())
-                changed.notify_one();
-            guard.unlock();
-            STATUS const status = runs ? execute(action) : leave_out(action);
-            lock_soon(guard);
-            running[std::size_t(worker)] = -1;
-            next = end(action, status, runs);
+            result.statuses[std::size_t(action)] = status;
+            ++(status == ACTION_INTERFACE::DONE ? tally.done : runs ? tally.failed : tally.left_out);
+            if (status == ACTION_INTERFACE::FAILED && runs && !options.keep_going)
+                is_stopping.store(true, std::memory_order_relaxed);
+            scheduler.end(worker, action);
         }
-        changed.notify_all();
-        ended.notify_all();
     }
 
-    // The first ready action whose group is free; -1 if there is none.
-    int take()
+    // Whether an action that this one waits for has failed; notes whether one has run, directly or further back.
+    bool look_back(int action)
     {
-        while (!ready.empty()) {
-            int const action = int(ready.take_first());
-            if (turn(action).group == 0)
-                return action;
-            GROUP &group = group_of(action);
-            if (!group.is_busy) {
-                group.is_busy = true;
-                return action;
-            }
-            group.waiting.push(action);
+        bool has_failed = false;
+        for (PLAN_EDGE const &edge : plan.dependencies.of(action)) {
+            has_failed |= result.statuses[std::size_t(edge.other)] == ACTION_INTERFACE::FAILED;
+            has_begun[std::size_t(action)] |= has_begun[std::size_t(edge.other)];
         }
-        return -1;
+        return has_failed;
     }
 
     // Clean-ups run whatever has happened, if there is anything to clean up.
-    bool decide(int action)
+    bool decide(int action, bool has_failed_dependency)
     {
+        bool const goes_on = !is_stopping.load(std::memory_order_relaxed);
         if (!plan.actions[std::size_t(action)].action->auto_fail_if_dependency_failed())
-            return !is_stopping || turn(action).has_begun;
-        return !is_stopping && !turn(action).dependency_failed;
+            return goes_on || has_begun[std::size_t(action)];
+        return goes_on && !has_failed_dependency;
     }
 
     STATUS execute(int index)
@@ -189,10 +126,10 @@ private:
     }
 
     // Failed with what it depends on, or skipped because the run is broken off.
-    STATUS leave_out(int index)
+    STATUS leave_out(int index, bool has_failed_dependency)
     {
         PLANNED_ACTION const &planned = plan.actions[std::size_t(index)];
-        STATUS const status = turn(index).dependency_failed ? ACTION_INTERFACE::FAILED : ACTION_INTERFACE::SKIPPED;
+        STATUS const status = has_failed_dependency ? ACTION_INTERFACE::FAILED : ACTION_INTERFACE::SKIPPED;
         planned.action->reset();
         state.action_left_out(planned);
         if (display) {
@@ -202,68 +139,23 @@ private:
         return status;
     }
 
-    // What the worker does next, if it should go on with the same group; else -1. Under the lock.
-    int end(int action, STATUS status, bool ran)
-    {
-        result.statuses[std::size_t(action)] = status;
-        int &count = status == ACTION_INTERFACE::DONE ? result.done : ran ? result.failed : result.left_out;
-        ++count;
-        if (status == ACTION_INTERFACE::FAILED && ran && !options.keep_going)
-            is_stopping = true;
-
-        for (PLAN_EDGE const &edge : plan.dependants.of(action)) {
-            if (!is_chosen(edge.other))
-                continue;
-            TURN &other = turn(edge.other);
-            other.dependency_failed |= status == ACTION_INTERFACE::FAILED;
-            other.has_begun |= ran || turn(action).has_begun;
-            if (--other.open != 0)
-                continue;
-            if (other.group != 0 && other.group == turn(action).group)
-                group_of(action).waiting.push(edge.other);
-            else
-                ready.insert(std::size_t(edge.other));
-        }
-        if (--left == 0) {
-            changed.notify_all();
-            ended.notify_all();
-        }
-        return turn(action).group == 0 ? -1 : next_of_group(group_of(action));
-    }
-
-    int next_of_group(GROUP &group)
-    {
-        group.is_busy = false;
-        if (group.waiting.empty())
-            return -1;
-        int const next = group.waiting.top();
-        group.waiting.pop();
-        if (workers == 1) {
-            // In list order among all that are ready.
-            ready.insert(std::size_t(next));
-            return -1;
-        }
-        group.is_busy = true;
-        return next;
-    }
-
     void watch_for_interruption()
     {
-        std::unique_lock guard(lock);
-        while (left > 0) {
-            ended.wait_for(guard, std::chrono::milliseconds(100));
+        while (!scheduler.wait_for_all(std::chrono::milliseconds(100))) {
             if (!result.interrupted && !(options.interrupted && options.interrupted()))
                 continue;
-            result.interrupted = is_stopping = true;
+            result.interrupted = true;
+            is_stopping.store(true, std::memory_order_relaxed);
             // Time and again: an action that is only beginning may reset itself after it was told.
-            for (int const action : running)
-                if (action >= 0)
+            for (TALLY const &tally : tallies)
+                if (int const action = tally.running.load(std::memory_order_relaxed); action >= 0)
                     plan.actions[std::size_t(action)].action->abort();
         }
     }
 
     PLAN const &plan;
     std::vector<QString> const &reasons;
+    QVector<PLANNED_ACTION const *> const &chosen;
     FILE_TABLE const &table;
     RULE_CACHE const cache;
     RUN_OPTIONS const &options;
@@ -271,18 +163,12 @@ private:
     RUN_DISPLAY *const display;
     std::mutex display_lock;
 
-    QVector<PLANNED_ACTION const *> chosen;
-    int workers = 1;
-
-    std::mutex lock;  // of all that follows
-    std::condition_variable changed, ended;
-    std::vector<TURN> turns;
-    std::vector<GROUP> groups;  // the first is not used
-    NUMBER_SET ready;
-    std::vector<int> running;  // by worker; -1: none
-    int left = 0;
-    int sleeping = 0;
-    bool is_stopping = false;
+    SCHEDULER scheduler;
+    std::vector<TALLY> tallies;  // by worker
+    std::atomic<bool> is_stopping = false;
+    // By index in the plan, as result.statuses: written by the worker that has the action, read by those of its
+    // dependants. The action or one that it waits for has run.
+    std::vector<char> has_begun;
     RUN_RESULT result;
 };
 
@@ -348,7 +234,11 @@ std::vector<QString> choose_actions(PLAN const &plan, RUN_STATE &state)
 RUN_RESULT run_plan(PLAN const &plan, std::vector<QString> const &reasons, FILE_TREE &files, RULE_STORE &rules,
                     RUN_OPTIONS const &options, RUN_STATE &state, RUN_DISPLAY *display)
 {
-    RUN_RESULT const result = RUN(plan, reasons, files, rules, options, state, display).run();
+    QVector<PLANNED_ACTION const *> chosen;
+    for (PLANNED_ACTION const &planned : plan.actions)
+        if (!reasons[std::size_t(planned.index)].isEmpty())
+            chosen.append(&planned);
+    RUN_RESULT const result = RUN(plan, reasons, chosen, files, rules, options, state, display).run();
     files.table.settle();
     return result;
 }
