@@ -39,6 +39,20 @@ inline FOUR_FLOATS where_at_least(FOUR_FLOATS a, FOUR_FLOATS b, FOUR_FLOATS take
     return _mm_or_ps(_mm_and_ps(mask, taken.lanes), _mm_andnot_ps(mask, other.lanes));
 }
 
+// `a`, negated where `d` is below 0.
+inline float negated_where_below_0(float a, float d) { return d < 0 ? -a : a; }
+inline FOUR_FLOATS negated_where_below_0(FOUR_FLOATS a, FOUR_FLOATS d)
+{
+    return _mm_xor_ps(a.lanes, _mm_and_ps(_mm_cmplt_ps(d.lanes, _mm_setzero_ps()), _mm_set1_ps(-0.0f)));
+}
+
+// `a`, negated where `d` is below 0 or no number.
+inline float negated_unless_from_0(float a, float d) { return d >= 0 ? a : -a; }
+inline FOUR_FLOATS negated_unless_from_0(FOUR_FLOATS a, FOUR_FLOATS d)
+{
+    return _mm_xor_ps(a.lanes, _mm_and_ps(_mm_cmpnge_ps(d.lanes, _mm_setzero_ps()), _mm_set1_ps(-0.0f)));
+}
+
 // True if a >= b in any lane.
 inline bool anywhere_at_least(float a, float b) { return a >= b; }
 inline bool anywhere_at_least(FOUR_FLOATS a, FOUR_FLOATS b)

@@ -1,5 +1,7 @@
 #include "support/maths/matrix.h"
 
+#include "support/maths/quaternion_kernel.h"
+
 #include <cfloat>
 
 namespace SUPPORT {
@@ -94,10 +96,8 @@ MATRIX33 transposed(MATRIX33 const &a)
 
 MATRIX33 rotation_matrix(QUATERNION const &q)
 {
-    float const x = q.x, y = q.y, z = q.z, w = q.w;
-    return {{{1 - 2 * y * y - 2 * z * z, 2 * x * y - 2 * w * z, 2 * x * z + 2 * w * y},
-             {2 * x * y + 2 * w * z, 1 - 2 * x * x - 2 * z * z, 2 * y * z - 2 * w * x},
-             {2 * x * z - 2 * w * y, 2 * y * z + 2 * w * x, 1 - 2 * x * x - 2 * y * y}}};
+    ROTATION_ENTRIES<float> const e = rotation_entries(COMPONENTS<float>{q.x, q.y, q.z, q.w});
+    return {{{e.m[0][0], e.m[0][1], e.m[0][2]}, {e.m[1][0], e.m[1][1], e.m[1][2]}, {e.m[2][0], e.m[2][1], e.m[2][2]}}};
 }
 
 MATRIX34 local_matrix(QUATERNION const &rotation, VECTOR3 const &translation)

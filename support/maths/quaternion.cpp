@@ -1,6 +1,6 @@
 #include "support/maths/quaternion.h"
 
-#include "support/maths/interpolation_kernel.h"
+#include "support/maths/quaternion_kernel.h"
 
 namespace SUPPORT {
 

@@ -1,5 +1,5 @@
-// The arithmetic of spherical interpolation, for `float` and FOUR_FLOATS alike and with the same bits in both: sine and
-// arc cosine as polynomials, and the two factors that an interpolation needs. Polynomials from Abramowitz and Stegun,
+// The arithmetic of rotations, for `float` and FOUR_FLOATS alike and with the same bits in both: interpolation, with
+// sine and arc cosine as polynomials, and the entries of the matrix. Polynomials from Abramowitz and Stegun,
 // Handbook of Mathematical Functions, 4.3.97 and 4.4.46; both are good to 3e-8 before rounding.
 #pragma once
 
@@ -75,37 +75,55 @@ F dot(COMPONENTS<F> const &a, COMPONENTS<F> const &b)
     return a.x * b.x + a.y * b.y + a.z * b.z + a.w * b.w;
 }
 
+// Componentwise, straight from `a` to `b`.
 template <class F>
-COMPONENTS<F> linear_blend(COMPONENTS<F> const &a, COMPONENTS<F> const &b, F t)
+COMPONENTS<F> straight_blend(COMPONENTS<F> const &a, COMPONENTS<F> const &b, F t)
 {
     return {a.x + (b.x - a.x) * t, a.y + (b.y - a.y) * t, a.z + (b.z - a.z) * t, a.w + (b.w - a.w) * t};
 }
 
-// `a` where the dot product `d` is at least 0, otherwise its negative.
 template <class F>
-COMPONENTS<F> turned_to_side(COMPONENTS<F> const &a, F d)
+COMPONENTS<F> linear_blend(COMPONENTS<F> const &a, COMPONENTS<F> const &b, F t)
 {
-    F const zero = F(0.0f);
-    return {where_at_least(d, zero, a.x, -a.x), where_at_least(d, zero, a.y, -a.y), where_at_least(d, zero, a.z, -a.z),
-            where_at_least(d, zero, a.w, -a.w)};
+    F const d = dot(a, b);
+    return straight_blend(a,
+                          {negated_where_below_0(b.x, d), negated_where_below_0(b.y, d), negated_where_below_0(b.z, d),
+                           negated_where_below_0(b.w, d)},
+                          t);
 }
 
 template <class F>
-COMPONENTS<F> spherical_blend(COMPONENTS<F> const &a, COMPONENTS<F> b, F t, F threshold)
+COMPONENTS<F> spherical_blend(COMPONENTS<F> const &a, COMPONENTS<F> const &from, F t, F threshold)
 {
-    F d = dot(a, b);
-    b = turned_to_side(b, d);
-    d = where_at_least(d, F(0.0f), d, -d);
-    COMPONENTS<F> blended = linear_blend(a, b, t);
+    F d = dot(a, from);
+    COMPONENTS<F> const b = {negated_unless_from_0(from.x, d), negated_unless_from_0(from.y, d),
+                             negated_unless_from_0(from.z, d), negated_unless_from_0(from.w, d)};
+    d = negated_unless_from_0(d, d);
+    COMPONENTS<F> const straight = straight_blend(a, b, t);
     F const distance = F(1.0f) - d;
     if (!anywhere_at_least(distance, threshold))
-        return blended;
+        return straight;
     ARC_FACTORS<F> const arc = arc_factors(d, t);
-    blended.x = where_at_least(distance, threshold, a.x * arc.of_a + b.x * arc.of_b, blended.x);
-    blended.y = where_at_least(distance, threshold, a.y * arc.of_a + b.y * arc.of_b, blended.y);
-    blended.z = where_at_least(distance, threshold, a.z * arc.of_a + b.z * arc.of_b, blended.z);
-    blended.w = where_at_least(distance, threshold, a.w * arc.of_a + b.w * arc.of_b, blended.w);
-    return blended;
+    return {where_at_least(distance, threshold, a.x * arc.of_a + b.x * arc.of_b, straight.x),
+            where_at_least(distance, threshold, a.y * arc.of_a + b.y * arc.of_b, straight.y),
+            where_at_least(distance, threshold, a.z * arc.of_a + b.z * arc.of_b, straight.z),
+            where_at_least(distance, threshold, a.w * arc.of_a + b.w * arc.of_b, straight.w)};
+}
+
+// The matrix of a rotation, entry by entry.
+template <class F>
+struct ROTATION_ENTRIES {
+    F m[3][3];
+};
+
+template <class F>
+ROTATION_ENTRIES<F> rotation_entries(COMPONENTS<F> const &q)
+{
+    F const one = F(1.0f), two = F(2.0f);
+    F const x2 = two * q.x, y2 = two * q.y, z2 = two * q.z, w2 = two * q.w;
+    return {{{one - y2 * q.y - z2 * q.z, x2 * q.y - w2 * q.z, x2 * q.z + w2 * q.y},
+             {x2 * q.y + w2 * q.z, one - x2 * q.x - z2 * q.z, y2 * q.z - w2 * q.x},
+             {x2 * q.z - w2 * q.y, y2 * q.z + w2 * q.x, one - x2 * q.x - y2 * q.y}}};
 }
 
 }  // namespace SUPPORT
