@@ -22,6 +22,12 @@
 #define ASSET_GRAPH_API HOUSE_IMPORT
 #endif
 
+#if defined(platform_engine_EXPORTS)
+#define ENGINE_API HOUSE_EXPORT
+#else
+#define ENGINE_API HOUSE_IMPORT
+#endif
+
 #if defined(platform_utility_EXPORTS)
 #define UTILITY_API HOUSE_EXPORT
 #else
