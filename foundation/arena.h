@@ -11,7 +11,7 @@ public:
     Arena() = default;
     Arena(Arena &&other) noexcept
         : blocks(std::move(other.blocks)), cursor(std::exchange(other.cursor, nullptr)),
-          left(std::exchange(other.left, 0)), next_size(other.next_size)
+          left(std::exchange(other.left, 0)), total(std::exchange(other.total, 0)), next_size(other.next_size)
     {}
     Arena &operator=(Arena &&other) noexcept
     {
@@ -19,6 +19,7 @@ public:
         blocks.swap(taken.blocks);
         std::swap(cursor, taken.cursor);
         std::swap(left, taken.left);
+        std::swap(total, taken.total);
         std::swap(next_size, taken.next_size);
         return *this;
     }
@@ -53,12 +54,16 @@ public:
             add_block(bytes);
     }
 
+    // Bytes that the blocks hold and that are not left.
+    std::size_t used() const { return total - left; }
+
 private:
     void add_block(std::size_t least)
     {
         std::size_t const size = least > next_size ? least : next_size;
         cursor = static_cast<unsigned char *>(custom_malloc(size, HEAP_GENERAL));
         left = size;
+        total += size;
         blocks.append(cursor);
         if (next_size < (std::size_t(1) << 22))
             next_size *= 2;
@@ -67,6 +72,7 @@ private:
     DynamicArray<unsigned char *> blocks;
     unsigned char *cursor = nullptr;
     std::size_t left = 0;
+    std::size_t total = 0;  // of all blocks
     std::size_t next_size = 4096;
 };
 

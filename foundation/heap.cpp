@@ -13,6 +13,10 @@
 #include <mutex>
 #include <new>
 
+#ifdef __linux__
+#include <sys/mman.h>
+#endif
+
 namespace {
 
 struct BLOCK_HEADER {
@@ -96,9 +100,27 @@ void *finish(void *base, unsigned char *block, std::size_t size, int heap)
     return block;
 }
 
+// A large block in whole large pages: filling it then costs the system a few page faults and not thousands, which would
+// take longer than the filling itself.
+constexpr std::size_t large_page = 2 << 20, large_block = 2 * large_page;
+
+void *allocate_base(std::size_t size)
+{
+#ifdef __linux__
+    if (size >= large_block) {
+        std::size_t const whole = (size + large_page - 1) & ~(large_page - 1);
+        void *const base = std::aligned_alloc(large_page, whole);
+        if (base != nullptr)
+            madvise(base, whole, MADV_HUGEPAGE);  // a hint: what it says does not matter
+        return base;
+    }
+#endif
+    return std::malloc(size);
+}
+
 void *allocate(std::size_t size, int heap)
 {
-    void *const base = size < SIZE_MAX / 16 ? std::malloc(size + sizeof(BLOCK_HEADER)) : nullptr;
+    void *const base = size < SIZE_MAX / 16 ? allocate_base(size + sizeof(BLOCK_HEADER)) : nullptr;
     if (base == nullptr)
         return nullptr;
     return finish(base, static_cast<unsigned char *>(base) + sizeof(BLOCK_HEADER), size, heap);

@@ -109,12 +109,15 @@ bool read_array(READ_STATE<SOURCE> &state, KN::DynamicArray<T> &array)
         }
         if (array.count == 0)
             array.reserve(count);
+        bool const is_first = state.blocks && state.blocks->used() == 0;
         for (std::uint32_t i = 0; i < count; ++i) {
             T &item = i < array.count ? array[i] : array.append();
             if (!read_item(state, item)) {
                 buffer.add_index(i);
                 return false;
             }
+            if (i == 0 && is_first)  // the others are mostly like it, and hold no more than is left to read
+                state.blocks->reserve(std::min<std::uint64_t>(buffer.left(), state.blocks->used() * (count - 1)));
         }
         return true;
     }

@@ -1,12 +1,11 @@
-// The scene of the load benchmarks: one static mesh, a square grid of 400,000 triangles whose vertices are shared, each
-// with one UVW set and one frame. It stands for a dense prop or a terrain tile after its clean-up.
+// The scene of the load benchmarks: the grid as one static mesh, each vertex with one UVW set and one frame.
 #pragma once
 
+#include "benchmarks/scene/grid_shape.h"
 #include "scene/buffer.h"
 #include "scene/scene.h"
 #include "scene/writer.h"
 
-#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -17,14 +16,15 @@ namespace GRID_SCENE {
 
 using namespace VEX2_LOADER;
 
-constexpr unsigned side = 448;  // vertices along an edge
-constexpr unsigned triangle_count = (side - 1) * (side - 1) * 2;
+using GRID_SHAPE::side;
+using GRID_SHAPE::triangle_count;
 
 inline VEX2_VERTEX vertex_at(unsigned column, unsigned row)
 {
     VEX2_VERTEX vertex;
-    float const u = float(column) / (side - 1), v = float(row) / (side - 1);
-    vertex.position = {u * 100, std::sin(u * 9) * std::cos(v * 7), v * 100};
+    auto const [x, y, z] = GRID_SHAPE::position(column, row);
+    float const u = GRID_SHAPE::along(column), v = GRID_SHAPE::along(row);
+    vertex.position = {x, y, z};
     vertex.normal = {0, 1, 0};
     vertex.colour = {u, v, 1, 1};
     vertex.uvws.append(VEX2_VECTOR{u, v, 0});
@@ -36,12 +36,9 @@ inline VEX2_POLYGON_SET grid_triangles()
 {
     VEX2_POLYGON_SET section;
     section.triangles.reserve(triangle_count);
-    for (std::uint32_t row = 0; row + 1 < side; ++row)
-        for (std::uint32_t column = 0; column + 1 < side; ++column) {
-            std::uint32_t const a = row * side + column;
-            section.triangles.append(VEX2_TRIANGLE{{a, a + side, a + 1}});
-            section.triangles.append(VEX2_TRIANGLE{{a + 1, a + side, a + side + 1}});
-        }
+    GRID_SHAPE::for_each_triangle([&](std::uint32_t a, std::uint32_t b, std::uint32_t c) {
+        section.triangles.append(VEX2_TRIANGLE{{a, b, c}});
+    });
     return section;
 }
 
