@@ -26,4 +26,6 @@ void message(int level, String const &line)
         std::fprintf(stderr, "%s\n", printable(line).c_str());
 }
 
+bool goes_on() { return thread_sink == nullptr || thread_sink->goes_on(); }
+
 }  // namespace KN

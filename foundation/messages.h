@@ -12,6 +12,8 @@ class MessageSink {
 public:
     // One line without its end. May be called from any thread if the sink is that of the process.
     virtual void message(String const &line, int level) = 0;
+    // False once the work of this thread is to end early.
+    virtual bool goes_on() const { return true; }
 
 protected:
     ~MessageSink() = default;
@@ -23,5 +25,9 @@ FOUNDATION_API MessageSink *set_process_message_sink(MessageSink *sink);
 
 FOUNDATION_API void message(int level, String const &line);
 inline void message_txt(String const &line) { message(MESSAGE_INFORMATION, line); }
+
+// Asked in the loops of long work, some thousand times a second at most. False: whoever runs this thread's work wants it
+// to end; the work then fails at once, and need not say why.
+FOUNDATION_API bool goes_on();
 
 }  // namespace KN

@@ -21,6 +21,7 @@ public:
     {
         action->output_line(QString::fromUtf8(line.data(), int(line.size())), level);
     }
+    bool goes_on() const override { return !action->is_aborted(); }
 
     ACTION_INTERFACE *action = nullptr;
 };

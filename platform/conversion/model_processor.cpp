@@ -41,6 +41,8 @@ public:
     }
 };
 
+constexpr char interrupted[] = "interrupted";
+
 bool fail(KN::String const &line)
 {
     KN::message(KN::MESSAGE_ERROR, line);
@@ -131,6 +133,10 @@ bool MODEL_PROCESSOR::STATE::take_levels(std::vector<MESH_SOURCE> const &meshes,
         std::vector<MODEL_MESH> level;
         for (std::size_t const i : indices) {
             MODEL_MESH mesh;
+            if (!KN::goes_on()) {
+                error = interrupted;
+                return false;
+            }
             if (!add_model_mesh(meshes[i], skeleton, options, document, mesh, error))
                 return false;
             if (mesh.mesh >= 0)
@@ -145,7 +151,10 @@ bool MODEL_PROCESSOR::STATE::take_levels(std::vector<MESH_SOURCE> const &meshes,
     }
     if (!sorted.are_named && !single_lod)
         make_coarser_levels();
-    return true;
+    if (KN::goes_on())
+        return true;
+    error = interrupted;
+    return false;
 }
 
 // Each level from the one before; qualities end where they do not fall any more.
@@ -162,7 +171,7 @@ void MODEL_PROCESSOR::STATE::make_coarser_levels()
             MODEL_MESH const &finer = levels.back()[i];
             finer_triangles += finer.triangles;
             MODEL_MESH coarser;
-            if (!add_coarser_mesh(finer, quality, document, coarser))
+            if (!KN::goes_on() || !add_coarser_mesh(finer, quality, document, coarser))
                 return;
             triangles += coarser.triangles;
             if (coarser.mesh >= 0)

@@ -6,6 +6,7 @@
 #include "platform/conversion/terrain_tile.h"
 
 #include "foundation/finished_file.h"
+#include "foundation/messages.h"
 #include "platform/conversion/xml_text.h"
 
 #include <algorithm>
@@ -228,8 +229,13 @@ bool write_terrain_tile(std::vector<GLTF::GEOMETRY> const &meshes, KN::String co
         return false;
     }
     for (GLTF::GEOMETRY const &mesh : meshes)
-        for (std::size_t i = 0; i + 2 < mesh.indices.size(); i += 3)
+        for (std::size_t i = 0; i + 2 < mesh.indices.size(); i += 3) {
+            if (!KN::goes_on()) {  // one triangle may cover the whole tile
+                error = folder + ": interrupted";
+                return false;
+            }
             raise_triangle(corner(mesh, i), corner(mesh, i + 1), corner(mesh, i + 2), heights);
+        }
     fill_holes(heights);
     return write_grid(heights, folder + "/hf_height_map.data", error) &&
            write_grid(departures(meshes, heights), folder + "/hf_height_map_mesh_delta.data", error) &&
