@@ -26,8 +26,8 @@ FOUNDATION_API MessageSink *set_process_message_sink(MessageSink *sink);
 FOUNDATION_API void message(int level, String const &line);
 inline void message_txt(String const &line) { message(MESSAGE_INFORMATION, line); }
 
-// Asked in the loops of long work, some thousand times a second at most. False: whoever runs this thread's work wants it
-// to end; the work then fails at once, and need not say why.
+// Asked in the loops of long work, some thousand times a second at most. False: whoever runs this thread's work wants
+// it to end; the work then fails at once, and need not say why.
 FOUNDATION_API bool goes_on();
 
 }  // namespace KN

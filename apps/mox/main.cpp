@@ -49,6 +49,7 @@ int main(int count, char **arguments)
     CLI::App app("Builds a tree of assets by its rules.", "mox");
     app.require_subcommand(0, 1);
     app.fallthrough();
+    app.set_version_flag("--version", "mox " MOX_VERSION);
     text_option(&app, "-C,--project", options.folder, "folder of the project (default: the nearest with a mox.toml)");
     texts_option(&app, "--plugin", options.plug_ins, "a further plug-in module, or a folder of such");
 

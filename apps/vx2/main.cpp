@@ -51,6 +51,7 @@ int main(int count, char **arguments)
     COMMAND_LINE line;
     CLI::App app("Looks into, checks, imports, exports and upgrades scene files.", "vx2");
     app.require_subcommand(1);
+    app.set_version_flag("--version", "vx2 " MOX_VERSION);
     CLI::App *const info_command =
         add_command(app, line, "info", "Says in a few lines what is in a scene.", "scene file", nullptr);
     CLI::App *const dump_command =
