@@ -54,7 +54,7 @@ MATHS_API QUATERNION quaternion_from_angle_y(ANGLE16 angle);
 // Spherical interpolation, on the shorter way, from `a` at t = 0 to `b` at t = 1. Where the two are so close that
 // 1 - dot(a, b) stays below `threshold`, and where the dot product is no number, componentwise linear. The result is
 // not normalised, and may be -b at t = 1. t outside 0 to 1 goes on along the arc. Sine and arc cosine are those of
-// quaternion_kernel.h, within 3e-7 of the true ones for t from -1000 to 1000.
+// quaternion_kernel.h, which says how exact they are.
 inline constexpr float usual_slerp_threshold = 0.007f;
 MATHS_API QUATERNION slerp(QUATERNION const &a, QUATERNION const &b, float t, float threshold = usual_slerp_threshold);
 // With the result in `a`: for t at or below 0 nothing happens, for t at or above 1 `a` becomes `b` itself.
