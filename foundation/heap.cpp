@@ -130,7 +130,7 @@ void *allocate_aligned(std::size_t size, std::size_t alignment)
 {
     if (alignment <= 16)
         return allocate(size, KN::HEAP_GENERAL);
-    void *const base = size < SIZE_MAX / 16 ? std::malloc(size + alignment + sizeof(BLOCK_HEADER)) : nullptr;
+    void *const base = size < SIZE_MAX / 16 ? allocate_base(size + alignment + sizeof(BLOCK_HEADER)) : nullptr;
     if (base == nullptr)
         return nullptr;
     std::uintptr_t const least = reinterpret_cast<std::uintptr_t>(base) + sizeof(BLOCK_HEADER);
