@@ -165,16 +165,14 @@ float GRADIENT_NOISE::noise_with_derivative(VECTOR3 &derivative, float x, float 
     _MM_TRANSPOSE4_PS(edge0, edge1, edge2, edge3);
 
     // Along y and z: the derivative in that direction gets the slope of the blend itself in addition.
-    __m128 const slope_y = _mm_and_ps(slope, _mm_castsi128_ps(_mm_setr_epi32(0, -1, 0, 0)));
-    __m128 const slope_z = _mm_and_ps(slope, _mm_castsi128_ps(_mm_setr_epi32(0, 0, -1, 0)));
-    auto const sloping_blend = [](__m128 from, __m128 to, __m128 by, __m128 slope_lane) {
-        return _mm_add_ps(blend(from, to, by), _mm_mul_ps(all<0>(_mm_sub_ps(to, from)), slope_lane));
+    __m128 const slope_y = _mm_and_ps(all<1>(slope), _mm_castsi128_ps(_mm_setr_epi32(0, 0, -1, 0)));
+    __m128 const slope_z = _mm_and_ps(all<2>(slope), _mm_castsi128_ps(_mm_setr_epi32(0, 0, 0, -1)));
+    auto const sloping_blend = [](__m128 from, __m128 to, __m128 by, __m128 slope_in_lane) {
+        return _mm_add_ps(blend(from, to, by), _mm_mul_ps(all<0>(_mm_sub_ps(to, from)), slope_in_lane));
     };
-    __m128 const in_lane_2 = _mm_shuffle_ps(slope_y, slope_y, _MM_SHUFFLE(0, 1, 0, 0));
-    __m128 const in_lane_3 = _mm_shuffle_ps(slope_z, slope_z, _MM_SHUFFLE(2, 0, 0, 0));
-    __m128 const face0 = sloping_blend(edge0, edge1, all<1>(weight), in_lane_2);
-    __m128 const face1 = sloping_blend(edge2, edge3, all<1>(weight), in_lane_2);
-    __m128 const result = sloping_blend(face0, face1, all<2>(weight), in_lane_3);
+    __m128 const face0 = sloping_blend(edge0, edge1, all<1>(weight), slope_y);
+    __m128 const face1 = sloping_blend(edge2, edge3, all<1>(weight), slope_y);
+    __m128 const result = sloping_blend(face0, face1, all<2>(weight), slope_z);
 
     alignas(16) float lanes[4];
     _mm_store_ps(lanes, result);
