@@ -33,8 +33,8 @@ private:
     ACTION_MODEL *plan_model_and_tech(PLANNING &planning, SCENE_FILE const &file, RIGID_PLAN const &plan,
                                       RULE const &tech_rule, int group);
     void plan_database(PLANNING &planning, SCENE_FILE const &file, RIGID_PLAN const &plan, ACTION_MODEL &model);
+    void plan_tree(PLANNING &planning, SCENE_FILE const &file, RIGID_PLAN const &plan, ACTION_MODEL &model);
     void plan_generic_mesh(PLANNING &planning, SCENE_FILE const &file);
     void plan_animation(PLANNING &planning, SCENE_FILE const &file);
     void plan_complex_animation(PLANNING &planning, SCENE_FILE const &file);
-    void plan_unbuilt(PLANNING &planning, SCENE_FILE const &file, QString const &what);
 };
