@@ -2,28 +2,32 @@
 #pragma once
 
 #include "Plugins/Vx2/host/action.h"
+#include "Plugins/Vx2/host/engine.h"
 
-namespace KESTREL {
-class ENGINE;
-}
+#include <memory>
 
 class HOST_API ACTION_INIT_KESTREL : public ACTION_INTERFACE {
 public:
-    // The three switches are passed on to the engine.
-    ACTION_INIT_KESTREL(PROCESSOR_INTERFACE *planned_by, bool first, bool second, bool third);
+    ACTION_INIT_KESTREL(PROCESSOR_INTERFACE *planned_by, bool mount_data, bool start_services, bool open_view);
+    ~ACTION_INIT_KESTREL() override;
 
+    void reset() override;  // stops the engine
     QString get_name(bool with_source) const override;
     STATUS run(FILE_TABLE const &files, RULE_CACHE const &rules) override;
 
     // Null unless the engine is up. Owned by this action.
-    KESTREL::ENGINE *engine() const { return running; }
+    KESTREL::ENGINE *engine() const { return running.get(); }
+    void stop() { running.reset(); }
+
+    // Whoever has an engine registers how it is made, while it is loaded; null takes it away. Gives the one before.
+    static KESTREL::ENGINE_MAKER set_engine_maker(KESTREL::ENGINE_MAKER maker);
 
 private:
-    KESTREL::ENGINE *running = nullptr;
-    bool switches[3];
+    std::unique_ptr<KESTREL::ENGINE> running;
+    bool mounts_data, starts_services, opens_view;
 };
 
-// Runs also when an action between the two has failed.
+// Scheduled whenever its start is, and run after it, also when an action between the two has failed.
 class HOST_API ACTION_CLEANUP_KESTREL : public ACTION_INTERFACE {
 public:
     ACTION_CLEANUP_KESTREL(ACTION_INIT_KESTREL *started_by, PROCESSOR_INTERFACE *planned_by);

@@ -123,11 +123,6 @@ public:
     // The scene is put together; then it is rendered.
     virtual void begin_frame() = 0;
     virtual void end_frame() = 0;
-
-    // Asked from time to time while something takes long, from any thread; true ends the frame, and its pictures are
-    // not written. Null: never asked.
-    using INTERRUPTION = bool (*)(void const *context);
-    virtual void set_interruption(INTERRUPTION wanted, void const *context) = 0;
 };
 
 // A new engine. mount_data: names below the working root are found; start_services: there is a model service;
