@@ -73,7 +73,7 @@ void VEX2_CHANNEL::seek(float time)
         fraction = 1;
         return;
     }
-    if (!(time > times[0])) {  // also what is no number
+    if (time <= times[0]) {
         key = 0;
         fraction = 0;
         return;
@@ -89,7 +89,7 @@ void VEX2_CHANNEL::seek(float time)
     } else {
         while (!(time >= times[i] && time <= times[i + 1])) {
             if (i == 0)
-                return;  // the keys do not ascend
+                return;  // the time is no number, or the keys do not ascend
             --i;
         }
     }
