@@ -2,6 +2,10 @@
 
 #include "foundation/messages.h"
 
+#include <QtCore/QThread>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QMessageBox>
+
 #include <utility>
 
 namespace {
@@ -10,10 +14,21 @@ HOST_MESSAGES::SINK *installed = nullptr;
 
 HOST_MESSAGES::SINK *HOST_MESSAGES::set_sink(SINK *sink) { return std::exchange(installed, sink); }
 
+// Without an application for widgets, a box would end the process.
+static bool can_show_boxes()
+{
+    auto const *const application = qobject_cast<QApplication *>(QCoreApplication::instance());
+    return application && application->thread() == QThread::currentThread() && QGuiApplication::primaryScreen();
+}
+
 void HOST_MESSAGES::warning(QString const &title, QString const &text)
 {
     if (installed) {
         installed->warning(title, text);
+        return;
+    }
+    if (can_show_boxes()) {
+        QMessageBox::warning(nullptr, title, text, QMessageBox::Ok);
         return;
     }
     QByteArray const line = (title + QStringLiteral(": ") + text).toUtf8();

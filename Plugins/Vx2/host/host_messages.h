@@ -15,8 +15,9 @@ protected:
     ~SINK() = default;
 };
 
-// Goes to the sink; a host with windows shows a box and waits, a host without them prints. Without a sink: a line on
-// standard error.
+// Goes to the sink, if there is one. Else a box, and the call waits for the user, where the process has an application
+// for widgets and a screen; without them, or on another thread than the application's, a warning (KN::message) of the
+// same text behind its title.
 HOST_API void warning(QString const &title, QString const &text);
 
 // Gives the sink that stood before; null takes it away. One thread.
