@@ -15,7 +15,21 @@ F nearest_whole(F x)
     return (x + carrier) - carrier;
 }
 
-// Good to 2e-7 within a quarter of a turn, to 6e-7 for up to 10,000 radians.
+// The polynomials are summed in pairs, so that their steps need not wait for each other.
+
+// For x from -pi / 2 to pi / 2; good to 2e-7.
+template <class F>
+F sine_of_quarter(F x)
+{
+    F const s = x * x;
+    F const s2 = s * s;
+    F const low = F(1.0f) + F(-0.1666666664f) * s;
+    F const middle = F(0.0083333315f) + F(-0.0001984090f) * s;
+    F const high = F(0.0000027526f) + F(-0.0000000239f) * s;
+    return x * (low + s2 * (middle + s2 * high));
+}
+
+// For any angle; good to 6e-7 up to 10,000 radians.
 template <class F>
 F sine(F x)
 {
@@ -25,27 +39,20 @@ F sine(F x)
     // The sine of x is that of pi - x: to -pi / 2 .. pi / 2.
     x = least_of(x, F(3.14159265f) - x);
     x = most_of(x, F(-3.14159265f) - x);
-    F const s = x * x;
-    F const p = ((((F(-0.0000000239f) * s + F(0.0000027526f)) * s + F(-0.0001984090f)) * s + F(0.0083333315f)) * s +
-                 F(-0.1666666664f)) *
-                    s +
-                F(1.0f);
-    return p * x;
+    return sine_of_quarter(x);
 }
 
 // For x from 0 to 1; good to 3e-7.
 template <class F>
 F arc_cosine(F x)
 {
-    F const p = ((((((F(-0.0012624911f) * x + F(0.0066700901f)) * x + F(-0.0170881256f)) * x + F(0.0308918810f)) * x +
-                   F(-0.0501743046f)) *
-                      x +
-                  F(0.0889789874f)) *
-                     x +
-                 F(-0.2145988016f)) *
-                    x +
-                F(1.5707963050f);
-    return square_root(F(1.0f) - x) * p;
+    F const x2 = x * x;
+    F const x4 = x2 * x2;
+    F const p01 = F(1.5707963050f) + F(-0.2145988016f) * x;
+    F const p23 = F(0.0889789874f) + F(-0.0501743046f) * x;
+    F const p45 = F(0.0308918810f) + F(-0.0170881256f) * x;
+    F const p67 = F(0.0066700901f) + F(-0.0012624911f) * x;
+    return square_root(F(1.0f) - x) * ((p01 + x2 * p23) + x4 * (p45 + x2 * p67));
 }
 
 // The factors of a spherical interpolation.
@@ -56,11 +63,14 @@ struct ARC_FACTORS {
 
 // For two quaternions whose dot product is `d`, where 1 - d is above 0 and d at least 0.
 template <class F>
-ARC_FACTORS<F> arc_factors(F d, F t)
+ARC_FACTORS<F> arc_factors(F d, float t)
 {
     F const angle = arc_cosine(d);
-    F const divisor = sine(angle);
-    return {sine((F(1.0f) - t) * angle) / divisor, sine(t * angle) / divisor};
+    F const divisor = sine_of_quarter(angle);
+    F const rest = F(1 - t) * angle, way = F(t) * angle;
+    if (t >= 0 && t <= 1)
+        return {sine_of_quarter(rest) / divisor, sine_of_quarter(way) / divisor};
+    return {sine(rest) / divisor, sine(way) / divisor};
 }
 
 // Four components each, of one quaternion (F is float) or of four (F is FOUR_FLOATS).
@@ -77,13 +87,14 @@ F dot(COMPONENTS<F> const &a, COMPONENTS<F> const &b)
 
 // Componentwise, straight from `a` to `b`.
 template <class F>
-COMPONENTS<F> straight_blend(COMPONENTS<F> const &a, COMPONENTS<F> const &b, F t)
+COMPONENTS<F> straight_blend(COMPONENTS<F> const &a, COMPONENTS<F> const &b, float weight)
 {
+    F const t = F(weight);
     return {a.x + (b.x - a.x) * t, a.y + (b.y - a.y) * t, a.z + (b.z - a.z) * t, a.w + (b.w - a.w) * t};
 }
 
 template <class F>
-COMPONENTS<F> linear_blend(COMPONENTS<F> const &a, COMPONENTS<F> const &b, F t)
+COMPONENTS<F> linear_blend(COMPONENTS<F> const &a, COMPONENTS<F> const &b, float t)
 {
     F const d = dot(a, b);
     return straight_blend(a,
@@ -93,21 +104,21 @@ COMPONENTS<F> linear_blend(COMPONENTS<F> const &a, COMPONENTS<F> const &b, F t)
 }
 
 template <class F>
-COMPONENTS<F> spherical_blend(COMPONENTS<F> const &a, COMPONENTS<F> const &from, F t, F threshold)
+COMPONENTS<F> spherical_blend(COMPONENTS<F> const &a, COMPONENTS<F> const &from, float t, float threshold)
 {
     F d = dot(a, from);
     COMPONENTS<F> const b = {negated_unless_from_0(from.x, d), negated_unless_from_0(from.y, d),
                              negated_unless_from_0(from.z, d), negated_unless_from_0(from.w, d)};
     d = negated_unless_from_0(d, d);
     COMPONENTS<F> const straight = straight_blend(a, b, t);
-    F const distance = F(1.0f) - d;
-    if (!anywhere_at_least(distance, threshold))
+    F const distance = F(1.0f) - d, least = F(threshold);
+    if (!anywhere_at_least(distance, least))
         return straight;
     ARC_FACTORS<F> const arc = arc_factors(d, t);
-    return {where_at_least(distance, threshold, a.x * arc.of_a + b.x * arc.of_b, straight.x),
-            where_at_least(distance, threshold, a.y * arc.of_a + b.y * arc.of_b, straight.y),
-            where_at_least(distance, threshold, a.z * arc.of_a + b.z * arc.of_b, straight.z),
-            where_at_least(distance, threshold, a.w * arc.of_a + b.w * arc.of_b, straight.w)};
+    return {where_at_least(distance, least, a.x * arc.of_a + b.x * arc.of_b, straight.x),
+            where_at_least(distance, least, a.y * arc.of_a + b.y * arc.of_b, straight.y),
+            where_at_least(distance, least, a.z * arc.of_a + b.z * arc.of_b, straight.z),
+            where_at_least(distance, least, a.w * arc.of_a + b.w * arc.of_b, straight.w)};
 }
 
 // The matrix of a rotation, entry by entry.
