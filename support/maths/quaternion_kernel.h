@@ -42,7 +42,7 @@ F sine(F x)
     return sine_of_quarter(x);
 }
 
-// For x from 0 to 1; good to 3e-7.
+// For x from 0 to 1; good to 4e-7.
 template <class F>
 F arc_cosine(F x)
 {
