@@ -1,6 +1,8 @@
 // A TOML file as a tree with line numbers, so that only one source sees the parser.
 #pragma once
 
+#include "platform/build_host/api.h"
+
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -28,4 +30,4 @@ struct TOML_NODE {
 constexpr int largest_toml = 1 << 20;  // bytes; more is no file that people write
 
 // False, with "SHOWN:LINE: what is wrong", if the text is no TOML, larger than that, or nested without sense.
-bool read_toml(QByteArray const &text, QString const &shown, TOML_NODE &root, QString &fault);
+BUILD_HOST_API bool read_toml(QByteArray const &text, QString const &shown, TOML_NODE &root, QString &fault);
