@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QHash>
 #include <QtCore/QTextCodec>
 
 #include <clocale>
@@ -37,6 +38,9 @@ CLI::Option *texts_option(CLI::App *app, std::string const &name, QStringList &v
 
 int main(int count, char **arguments)
 {
+    // Before Qt hashes anything: what is written in the order of a hash is the same on every run.
+    qunsetenv("QT_HASH_SEED");
+    qSetGlobalQHashSeed(0);
     QCoreApplication application(count, arguments);
     QCoreApplication::setApplicationName(QStringLiteral("mox"));
     // Names of files are UTF-8 and numbers have a point, whatever the user's language.

@@ -3,6 +3,7 @@
 #include "mesh/prepare.h"
 #include "platform/exchange/bone_table.h"
 #include "platform/exchange/export.h"
+#include "platform/exchange/export_animation.h"
 #include "platform/exchange/scene_file.h"
 #include "scene/check.h"
 #include "scene/dump.h"
@@ -152,15 +153,19 @@ int import(IMPORT_REQUEST const &request)
     return 0;
 }
 
-int export_glb(KN::String const &file, KN::String const &target)
+int export_glb(KN::String const &file, KN::String const &skeleton, KN::String const &target)
 {
     VEX2 scene;
     KN::String error;
     KN_STD::VECTOR<KN::String> warnings;
-    if (!load_scene(file, scene, error) || !export_scene(scene, file, target, warnings, error))
-        return fail(error);
+    bool const is_animation = file.lower().ends_with(".anim");
+    if (!is_animation && !skeleton.empty())
+        return fail("--skeleton is for animations (.anim); a scene has its own nodes");
+    bool const written = is_animation
+                             ? export_animation(file, skeleton, target, warnings, error)
+                             : load_scene(file, scene, error) && export_scene(scene, file, target, warnings, error);
     warn(warnings);
-    return 0;
+    return written ? 0 : fail(error);
 }
 
 int upgrade(KN::String const &file, KN::String const &target, bool references)

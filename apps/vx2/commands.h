@@ -11,7 +11,7 @@ int show_info(KN::String const &file);
 int dump(KN::String const &file, std::optional<float> time, bool prepare);
 int validate(KN::String const &file);
 int import(IMPORT_REQUEST const &request);
-int export_glb(KN::String const &file, KN::String const &target);
+int export_glb(KN::String const &file, KN::String const &skeleton, KN::String const &target);
 int upgrade(KN::String const &file, KN::String const &target, bool references);
 int clean(KN::String const &file, KN::String const &target);
 int make_bone_table(KN::String const &file, KN::String const &target);

@@ -20,7 +20,7 @@ public:
 };
 
 struct COMMAND_LINE {
-    KN::String file, target;
+    KN::String file, target, skeleton;
     float time = 0;
     bool prepare = false, references = false;
     IMPORT_REQUEST import;
@@ -73,7 +73,9 @@ int main(int count, char **arguments)
     import_command->add_option("--time-limit", line.import.limits.seconds, "of the importer's own process, in seconds")
         ->check(CLI::Range(1, 86400));
     CLI::App *const export_command =
-        add_command(app, line, "export", "Writes a scene as binary glTF.", "scene file", "glb file to be written");
+        add_command(app, line, "export", "Writes a scene, or a built animation (.anim), as binary glTF.",
+                    "scene file or animation", "glb file to be written");
+    export_command->add_option("--skeleton", line.skeleton, "reference pose (.anim) of the animation's skeleton");
     CLI::App *const upgrade_command = add_command(app, line, "upgrade", "Writes a scene in the newest version.",
                                                   "scene file", "scene file to be written");
     upgrade_command->add_flag("--references", line.references, "write the scenes that it refers to as well");
@@ -104,7 +106,7 @@ int main(int count, char **arguments)
         return import(line.import);
     }
     if (export_command->parsed())
-        return export_glb(line.file, line.target);
+        return export_glb(line.file, line.skeleton, line.target);
     if (upgrade_command->parsed())
         return upgrade(line.file, line.target, line.references);
     if (clean_command->parsed())
