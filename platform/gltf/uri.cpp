@@ -26,6 +26,25 @@ std::string encoded_uri(std::string_view path)
     return uri;
 }
 
+static int digit(char unit)
+{
+    return unit >= '0' && unit <= '9'   ? unit - '0'
+           : unit >= 'a' && unit <= 'f' ? unit - 'a' + 10
+           : unit >= 'A' && unit <= 'F' ? unit - 'A' + 10
+                                        : -1;
+}
+
+std::string decoded_uri(std::string_view uri)
+{
+    std::string path;
+    for (std::size_t i = 0; i < uri.size(); ++i) {
+        bool const is_code = uri[i] == '%' && uri.size() - i > 2 && digit(uri[i + 1]) >= 0 && digit(uri[i + 2]) >= 0;
+        path += is_code ? char(digit(uri[i + 1]) * 16 + digit(uri[i + 2])) : uri[i];
+        i += is_code ? 2 : 0;
+    }
+    return path;
+}
+
 std::string relative_path(std::string_view from, std::string_view to)
 {
     std::size_t common = 0;  // characters of the folders that both share, the slash included
