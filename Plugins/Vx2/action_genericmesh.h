@@ -1,4 +1,4 @@
-// ACTION_GENERICMESH: turns a scene file into a generic mesh (".generic_mesh"). Not built yet: fails when it is run.
+// ACTION_GENERICMESH: turns a scene file into a generic mesh (".generic_mesh"), with its statistics beside it.
 #pragma once
 
 #include "Plugins/Vx2/action_vex2.h"

@@ -104,6 +104,8 @@ MODEL_MATERIAL take_material(VEX2_MATERIAL const &from, MATERIAL_OPTIONS const &
     else if (auto const *const standard = dynamic_cast<VEX2_STANDARD_MATERIAL const *>(&from))
         take_standard(*standard, made);
 
+    if (!options.with_pictures)
+        made.diffuse = made.normal = {};
     if (options.tree && material.alpha != GLTF::MATERIAL::SOLID)
         material.two_sided = true;
     if (options.disable_alpha_test && material.alpha == GLTF::MATERIAL::CUT_OFF)

@@ -13,6 +13,7 @@ class TEXTURE_FILES;
 struct MATERIAL_OPTIONS {
     bool disable_alpha_test = false;
     bool tree = false;
+    bool with_pictures = true;
     std::map<std::string, std::string> const *lighting = nullptr;  // types by name in lower case
 };
 

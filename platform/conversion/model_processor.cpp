@@ -330,7 +330,8 @@ bool MODEL_PROCESSOR::load_from_vex2(VEX2 &scene, VEX2_FILTER const &filter, MOD
 
     KN::String error;
     auto const lighting = read_lighting_materials(state->lighting_file);
-    std::vector<int> const numbers = state->take_materials(scene, meshes, {disable_alpha_test, tree, &lighting});
+    std::vector<int> const numbers =
+        state->take_materials(scene, meshes, {disable_alpha_test, tree, !without_side_files, &lighting});
     MODEL_MESH_OPTIONS const options{variable_bones_per_vert, &numbers, &state->materials};
     if (!state->take_levels(meshes, options, error))
         return fail(source + ": " + error);
@@ -355,7 +356,7 @@ bool MODEL_PROCESSOR::write(KN::String const &model_file, MODEL_STATISTICS_INTER
     if (state->levels.empty())
         return fail(model_file + ": no model was loaded");
     KN::String error;
-    bool const is_tile = model_file.lower().find("tiles") != model_file.npos;
+    bool const is_tile = !without_side_files && model_file.lower().find("tiles") != model_file.npos;
     std::vector<GLTF::GEOMETRY> meshes;
     if (is_tile || !description_file.empty())
         meshes = state->finest_geometry();

@@ -39,6 +39,7 @@ public:
     bool tree = false;                     // cut-out surfaces are leaves: seen from both sides
     bool variable_bones_per_vert = false;  // all influences of a vertex count, else the four strongest
     float incendiary_radius = 2.0f;        // metres between the description's incendiary points
+    bool without_side_files = false;       // no textures, no files of a terrain tile: materials are names and numbers
 
     // Loads the scene file and does to it what the preparing action does, then takes all meshes that are not of class
     // TECH.

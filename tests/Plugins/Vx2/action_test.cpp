@@ -5,16 +5,17 @@
 #include "Plugins/Vx2/action_model.h"
 #include "Plugins/Vx2/action_prepare_vex2.h"
 #include "Plugins/Vx2/action_process_tech.h"
-#include "Plugins/Vx2/action_tree.h"
 #include "Plugins/Vx2/host/asset_fragment_builder.h"
 #include "Plugins/Vx2/host/asset_graph_store.h"
 #include "Plugins/Vx2/mesh_filters.h"
 #include "platform/build_host/run.h"
+#include "scene/material_names.h"
 #include "tests/platform/build_host/asset_tree.h"
 #include "tests/scene/make_scene.h"
 
 #include <gmock/gmock.h>
 
+#include <QtCore/QDir>
 #include <QtCore/QRegularExpression>
 
 using namespace TEST_SCENE;
@@ -230,17 +231,37 @@ TEST_F(ACTIONS, AffectedFilesStandInOrder)
     EXPECT_TRUE(affected(ACTION_CLEAN_UP_VEX2(hut, scene, nullptr)).isEmpty());
 }
 
-TEST_F(ACTIONS, WhatIsNotBuiltYetFailsAndSaysSo)
+TEST_F(ACTIONS, AGenericMeshIsOneFileWithStatistics)
 {
-    ACTION_ANIMATION animation(hut, nullptr, "", "", "", 0, false, false);
-    ACTION_GENERICMESH generic(hut, nullptr);
-    ACTION_COMPLEX_ANIMATION complex(hut, {}, nullptr);
-    ACTION_TREE billboards(hut, nullptr, nullptr, tree.files.table);
-    for (ACTION_INTERFACE *const action :
-         std::initializer_list<ACTION_INTERFACE *>{&animation, &generic, &complex, &billboards}) {
-        EXPECT_EQ(run(*action), ACTION_INTERFACE::FAILED);
-        EXPECT_TRUE(lines(*action).join("").contains("not built yet")) << lines(*action).join("").toStdString();
-    }
+    VEX2 scene;
+    scene.static_meshes.append(static_triangle(u"DISPLAY"));
+    VEX2_SHADER_MATERIAL *const material = new VEX2_SHADER_MATERIAL;
+    material->name = u"paint";
+    material->textures.append().slot = MATERIAL_NAME::diffuse_slot;
+    material->textures[0].file = u"paint.tga";
+    scene.materials.append(material);
+    put_scene(file_of(scene));
+    scratch.put("raw_data/props/paint.tga", "no picture");  // and not looked at
+
+    ACTION_GENERICMESH mesh(hut, nullptr);
+    mesh.set_target_path(root + "/working_data/tiles");
+    EXPECT_EQ(affected(mesh), QStringList({"<raw>/props/hut.vx2", "working_data/tiles/hut.generic_mesh",
+                                           "working_data/tiles/hut.generic_mesh.model_statistics"}));
+    EXPECT_EQ(run(mesh), ACTION_INTERFACE::DONE);
+    EXPECT_EQ(lines(mesh), QStringList("Attempting to write XML file..."));
+    EXPECT_EQ(QDir(root + "/working_data/tiles").entryList(QDir::Files),
+              QStringList({"hut.generic_mesh", "hut.generic_mesh.model_statistics"}));
+
+    // Statistics that cannot be written are no failure.
+    std::filesystem::remove(scratch.folder / "working_data/tiles/hut.generic_mesh.model_statistics");
+    std::filesystem::create_directories(scratch.folder / "working_data/tiles/hut.generic_mesh.model_statistics/x");
+    EXPECT_EQ(run(mesh), ACTION_INTERFACE::DONE);
+    EXPECT_EQ(lines(mesh).last(), "Failed to write statistics XML file.");
+    EXPECT_EQ(mesh.lines().last().level, 1);
+
+    put_scene("VEX2 it is not");
+    EXPECT_EQ(run(mesh), ACTION_INTERFACE::FAILED);
+    EXPECT_EQ(lines(mesh).last(), "Failed to load vex2 file '" + hut + "'!");
 }
 
 TEST(Vx2MeshFilters, TheFirstClassWithOneValueDecides)

@@ -41,14 +41,17 @@ public:
     }
     ~PLAN_KIT() { qDeleteAll(actions); }
 
-    // An action a line: its letter, ":group" if it has one (counted from 1), the actions that it waits for ("!" where
-    // it needs what they hold in memory) and those that it pulls. What the host itself drew is left out.
+    // An action a line: its letter (numbered from the second on), ":group" if it has one (counted from 1), the actions
+    // that it waits for ("!" where it needs what they hold in memory) and those that it pulls. What the host itself
+    // drew is left out.
     std::vector<std::string> rows() const
     {
         std::map<ACTION_INTERFACE const *, std::string> letters;
-        int tables = 0;
-        for (ACTION_INTERFACE const *const action : actions)
-            letters[action] = letter(*action) + (letter(*action) == "L" ? std::to_string(++tables) : "");
+        std::map<std::string, int> counts;
+        for (ACTION_INTERFACE const *const action : actions) {
+            int const number = ++counts[letter(*action)];
+            letters[action] = letter(*action) + (number > 1 ? std::to_string(number) : "");
+        }
 
         std::vector<std::string> all;
         std::map<int, int> groups;
@@ -80,10 +83,22 @@ public:
 private:
     static std::string letter(ACTION_INTERFACE const &action)
     {
-        static std::map<std::string, std::string> const letters = {
-            {"ACTION_PREPARE_VEX2", "P"}, {"ACTION_CLEAN_UP_VEX2", "C"}, {"ACTION_MODEL", "M"},
-            {"ACTION_PROCESS_TECH", "T"}, {"ACTION_DB_GATE", "D"},       {"ACTION_UPDATE_DB", "L"},
-            {"ACTION_ANIMATION", "A"},    {"ACTION_ERROR", "E"},         {"ACTION_REMOVE_RIGID_LODS", "R"}};
+        static std::map<std::string, std::string> const letters = {{"ACTION_PREPARE_VEX2", "P"},
+                                                                   {"ACTION_CLEAN_UP_VEX2", "C"},
+                                                                   {"ACTION_MODEL", "M"},
+                                                                   {"ACTION_PROCESS_TECH", "T"},
+                                                                   {"ACTION_DB_GATE", "D"},
+                                                                   {"ACTION_UPDATE_DB", "L"},
+                                                                   {"ACTION_ANIMATION", "A"},
+                                                                   {"ACTION_ERROR", "E"},
+                                                                   {"ACTION_REMOVE_RIGID_LODS", "R"},
+                                                                   {"ACTION_INIT_KESTREL", "I"},
+                                                                   {"ACTION_CLEANUP_KESTREL", "K"},
+                                                                   {"ACTION_TREE", "B"},
+                                                                   {"ACTION_DDS_N", "X"},
+                                                                   {"ACTION_BILLBOARD", "Y"},
+                                                                   {"ACTION_GENERICMESH", "G"},
+                                                                   {"ACTION_COMPLEX_ANIMATION", "Z"}};
         auto const found = letters.find(class_name(action));
         return found == letters.end() ? class_name(action) : found->second;
     }
