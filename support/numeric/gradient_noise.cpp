@@ -44,7 +44,7 @@ __m128 fade(__m128 t)
     __m128 const inner = _mm_sub_ps(_mm_mul_ps(_mm_set1_ps(6), t), _mm_set1_ps(15));
     __m128 const outer = _mm_add_ps(_mm_mul_ps(inner, t), _mm_set1_ps(10));
     __m128 const cube = _mm_mul_ps(_mm_mul_ps(t, t), t);
-    return _mm_min_ps(_mm_max_ps(_mm_mul_ps(outer, cube), _mm_setzero_ps()), _mm_set1_ps(1));
+    return _mm_min_ps(_mm_mul_ps(outer, cube), _mm_set1_ps(1));  // never below 0
 }
 
 __m128 fade_derivative(__m128 t)
@@ -62,84 +62,119 @@ __m128 all(__m128 v)
     return _mm_shuffle_ps(v, v, _MM_SHUFFLE(lane, lane, lane, lane));
 }
 
+// The low 16 bits of a lane.
 template <int lane>
-std::uint32_t whole_in(__m128i v)
+std::uint32_t word(__m128i v)
 {
-    return std::uint32_t(_mm_cvtsi128_si32(_mm_shuffle_epi32(v, _MM_SHUFFLE(lane, lane, lane, lane))));
-}
-
-std::uint32_t wrapped(std::uint32_t number, std::uint32_t period)
-{
-    return (period & (period - 1)) == 0 ? number & (period - 1) : number % period;  // mostly a power of two
+    return std::uint32_t(_mm_extract_epi16(v, 2 * lane));
 }
 
 }  // namespace
 
-// The cells with the same y and z: their lattice lines, wrapped by the period, and the way to a point from each of the
-// four.
+// The lines of the lattice on both sides of a point, wrapped by the period and cut down to the size of the permutation.
+struct GRADIENT_NOISE::LINES {
+    __m128i before, after;
+
+    LINES(GRADIENT_NOISE const &noise, __m128i whole)
+    {
+        __m128i const next = _mm_add_epi32(whole, _mm_set1_epi32(1));
+        if (noise.wraps_by_mask) {
+            __m128i const mask = _mm_load_si128(reinterpret_cast<__m128i const *>(noise.wrap_mask));
+            before = _mm_and_si128(whole, mask);
+            after = _mm_and_si128(next, mask);
+        } else {
+            before = remainders(noise, whole);
+            after = remainders(noise, next);
+        }
+    }
+
+private:
+    static __m128i remainders(GRADIENT_NOISE const &noise, __m128i numbers)
+    {
+        alignas(16) std::uint32_t lanes[4];
+        _mm_store_si128(reinterpret_cast<__m128i *>(lanes), numbers);
+        for (int axis = 0; axis < 3; ++axis)
+            lanes[axis] = lanes[axis] % noise.period[axis] & 255;
+        return _mm_load_si128(reinterpret_cast<__m128i const *>(lanes));
+    }
+};
+
+// The cells with the same y and z, and the way to a point from each of their four lines along x.
 struct GRADIENT_NOISE::ROW_OF_CELLS {
     std::uint32_t y[2], z[2];
     __m128 dy, dz;
 
     // `place` has x, y, z in its first three lanes.
-    ROW_OF_CELLS(GRADIENT_NOISE const &noise, PLACE const &place)
+    ROW_OF_CELLS(LINES const &lines, PLACE const &place)
+        : y{word<1>(lines.before), word<1>(lines.after)}, z{word<2>(lines.before), word<2>(lines.after)}
     {
-        std::uint32_t const first_y = whole_in<1>(place.whole), first_z = whole_in<2>(place.whole);
-        y[0] = wrapped(first_y, noise.period[1]);
-        y[1] = wrapped(first_y + 1, noise.period[1]);
-        z[0] = wrapped(first_z, noise.period[2]);
-        z[1] = wrapped(first_z + 1, noise.period[2]);
         __m128 const both_y = _mm_shuffle_ps(place.offset, place.offset_from_next, _MM_SHUFFLE(1, 1, 1, 1));
         dy = _mm_shuffle_ps(both_y, both_y, _MM_SHUFFLE(2, 0, 2, 0));
         dz = _mm_shuffle_ps(place.offset, place.offset_from_next, _MM_SHUFFLE(2, 2, 2, 2));
     }
 };
 
-// The four corners on the plane x: their gradients, and what y and z contribute to their values.
-struct GRADIENT_NOISE::PLANE {
-    __m128 gradient_x, gradient_y, gradient_z;
-    __m128 y_part, z_part;
+// The gradients of a cell's four corners on one of its planes of constant x.
+struct GRADIENT_NOISE::CORNERS {
+    __m128 x, y, z;
 
-    PLANE(GRADIENT_NOISE const &noise, ROW_OF_CELLS const &row, std::uint32_t x)
+    CORNERS(GRADIENT_NOISE const &noise, ROW_OF_CELLS const &row, std::uint32_t line_x)
     {
         std::uint32_t const *const permutation = noise.permutation;
-        std::uint32_t const plane = permutation[wrapped(x, noise.period[0]) & 255];
+        std::uint32_t const plane = permutation[line_x];
         std::uint32_t const line[2] = {permutation[(plane + row.y[0]) & 255], permutation[(plane + row.y[1]) & 255]};
-        auto const gradient = [&](unsigned y, unsigned z) {
-            return _mm_loadu_ps(&gradients[permutation[(line[y] + row.z[z]) & 255] & 15].x);
+        auto const gradient = [&](unsigned side_y, unsigned side_z) {
+            return _mm_load_ps(&noise.shuffled_gradients[(line[side_y] + row.z[side_z]) & 255].x);
         };
-        gradient_x = gradient(0, 0);
-        gradient_y = gradient(1, 0);
-        gradient_z = gradient(0, 1);
+        x = gradient(0, 0);
+        y = gradient(1, 0);
+        z = gradient(0, 1);
         __m128 fourth = gradient(1, 1);
-        _MM_TRANSPOSE4_PS(gradient_x, gradient_y, gradient_z, fourth);
-        y_part = _mm_mul_ps(row.dy, gradient_y);
-        z_part = _mm_mul_ps(row.dz, gradient_z);
+        _MM_TRANSPOSE4_PS(x, y, z, fourth);
     }
+};
+
+// The values that the four corners give along a row of cells.
+struct GRADIENT_NOISE::PLANE {
+    __m128 gradient_x, y_part, z_part;
+
+    PLANE(ROW_OF_CELLS const &row, CORNERS const &corners)
+        : gradient_x(corners.x), y_part(_mm_mul_ps(row.dy, corners.y)), z_part(_mm_mul_ps(row.dz, corners.z))
+    {}
 
     // Each gradient times the way from its corner.
-    __m128 values(__m128 dx) const { return _mm_add_ps(_mm_add_ps(_mm_mul_ps(dx, gradient_x), y_part), z_part); }
+    __m128 at(__m128 dx) const { return _mm_add_ps(_mm_add_ps(_mm_mul_ps(dx, gradient_x), y_part), z_part); }
 };
 
 GRADIENT_NOISE::GRADIENT_NOISE(VECTOR3 const &given_scale, std::uint32_t period_x, std::uint32_t period_y,
                                std::uint32_t period_z)
     : scale(given_scale), period{period_x, period_y, period_z}
 {
+    scale_lanes[0] = scale.x;
+    scale_lanes[1] = scale.y;
+    scale_lanes[2] = scale.z;
+    for (int axis = 0; axis < 3; ++axis) {
+        wraps_by_mask &= (period[axis] & (period[axis] - 1)) == 0;
+        wrap_mask[axis] = (period[axis] - 1) & 255;
+    }
     RANDOM_STATE random{25492};
-    for (std::uint32_t &entry : permutation)
-        entry = next_random(random) & 255;
+    for (unsigned i = 0; i < 256; ++i) {
+        permutation[i] = next_random(random) & 255;
+        shuffled_gradients[i] = gradients[permutation[i] & 15];
+    }
 }
 
 float GRADIENT_NOISE::noise(float x, float y, float z) const
 {
-    PLACE const place = place_of(_mm_setr_ps(x * scale.x, y * scale.y, z * scale.z, 0));
+    PLACE const place = place_of(_mm_mul_ps(_mm_setr_ps(x, y, z, z), _mm_load_ps(scale_lanes)));
     __m128 const weight = fade(place.offset);
-    ROW_OF_CELLS const row(*this, place);
-    std::uint32_t const i = whole_in<0>(place.whole);
-    PLANE const a(*this, row, i), b(*this, row, i + 1);
+    LINES const lines(*this, place.whole);
+    ROW_OF_CELLS const row(lines, place);
+    CORNERS const a(*this, row, word<0>(lines.before)), b(*this, row, word<0>(lines.after));
 
-    __m128 const edges =
-        blend(a.values(all<0>(place.offset)), b.values(all<0>(place.offset_from_next)), all<0>(weight));
+    __m128 const value_a = PLANE(row, a).at(all<0>(place.offset));
+    __m128 const value_b = PLANE(row, b).at(all<0>(place.offset_from_next));
+    __m128 const edges = blend(value_a, value_b, all<0>(weight));
     __m128 const next_edges = _mm_shuffle_ps(edges, edges, _MM_SHUFFLE(3, 3, 1, 1));
     __m128 const faces = blend(edges, next_edges, all<1>(weight));  // in lanes 0 and 2
     return _mm_cvtss_f32(blend(faces, _mm_movehl_ps(faces, faces), all<2>(weight)));
@@ -147,21 +182,21 @@ float GRADIENT_NOISE::noise(float x, float y, float z) const
 
 float GRADIENT_NOISE::noise_with_derivative(VECTOR3 &derivative, float x, float y, float z) const
 {
-    PLACE const place = place_of(_mm_setr_ps(x * scale.x, y * scale.y, z * scale.z, 0));
+    PLACE const place = place_of(_mm_mul_ps(_mm_setr_ps(x, y, z, z), _mm_load_ps(scale_lanes)));
     __m128 const weight = fade(place.offset), slope = fade_derivative(place.offset);
-    ROW_OF_CELLS const row(*this, place);
-    std::uint32_t const i = whole_in<0>(place.whole);
-    PLANE const a(*this, row, i), b(*this, row, i + 1);
+    LINES const lines(*this, place.whole);
+    ROW_OF_CELLS const row(lines, place);
+    CORNERS const a(*this, row, word<0>(lines.before)), b(*this, row, word<0>(lines.after));
 
     // Blend along x: of the four edges first the values, then the derivatives by x, y and z; turned over, each edge
     // holds its value and derivatives in its lanes.
-    __m128 const value_a = a.values(all<0>(place.offset)), value_b = b.values(all<0>(place.offset_from_next));
+    __m128 const value_a = PLANE(row, a).at(all<0>(place.offset));
+    __m128 const value_b = PLANE(row, b).at(all<0>(place.offset_from_next));
     __m128 const weight_x = all<0>(weight);
     __m128 edge0 = blend(value_a, value_b, weight_x);
-    __m128 edge1 = _mm_add_ps(blend(a.gradient_x, b.gradient_x, weight_x),
-                              _mm_mul_ps(_mm_sub_ps(value_b, value_a), all<0>(slope)));
-    __m128 edge2 = blend(a.gradient_y, b.gradient_y, weight_x);
-    __m128 edge3 = blend(a.gradient_z, b.gradient_z, weight_x);
+    __m128 edge1 = _mm_add_ps(blend(a.x, b.x, weight_x), _mm_mul_ps(_mm_sub_ps(value_b, value_a), all<0>(slope)));
+    __m128 edge2 = blend(a.y, b.y, weight_x);
+    __m128 edge3 = blend(a.z, b.z, weight_x);
     _MM_TRANSPOSE4_PS(edge0, edge1, edge2, edge3);
 
     // Along y and z: the derivative in that direction gets the slope of the blend itself in addition.
@@ -180,23 +215,30 @@ float GRADIENT_NOISE::noise_with_derivative(VECTOR3 &derivative, float x, float 
     return lanes[0];
 }
 
-void GRADIENT_NOISE::noise_row(std::span<float const> xs, float y, float z, std::span<float> values) const
+// Inlined into functions for different instruction sets, which all give the same bits.
+__attribute__((always_inline)) inline void GRADIENT_NOISE::fill_row(std::span<float const> xs, float y, float z,
+                                                                    std::span<float> values) const
 {
-    PLACE const at_row = place_of(_mm_setr_ps(0, y * scale.y, z * scale.z, 0));
+    PLACE const at_row = place_of(_mm_mul_ps(_mm_setr_ps(0, y, z, 0), _mm_load_ps(scale_lanes)));
     __m128 const weight = fade(at_row.offset);
     __m128 const weight_y = all<1>(weight), weight_z = all<2>(weight);
-    ROW_OF_CELLS const row(*this, at_row);
+    ROW_OF_CELLS const row(LINES(*this, at_row.whole), at_row);
     __m128 const scale_x = _mm_set1_ps(scale.x);
+    auto const plane = [&](std::uint32_t x) __attribute__((always_inline))
+    {
+        std::uint32_t const line = wraps_by_mask ? x & wrap_mask[0] : x % period[0] & 255;
+        return PLANE(row, CORNERS(*this, row, line));
+    };
 
     std::uint32_t cell = 0;
-    PLANE a(*this, row, cell), b(*this, row, cell + 1);
+    PLANE a = plane(cell), b = plane(cell + 1);
     std::size_t const count = std::min(xs.size(), values.size());
     for (std::size_t first = 0; first < count; first += 4) {
-        std::size_t const now = std::min<std::size_t>(4, count - first);
-        alignas(16) float four[4] = {};
-        std::copy_n(&xs[first], now, four);
-
-        PLACE const place = place_of(_mm_mul_ps(_mm_load_ps(four), scale_x));
+        std::size_t const left = count - first;
+        alignas(16) float rest[4] = {};
+        if (left < 4)
+            std::copy(xs.begin() + first, xs.begin() + count, rest);
+        PLACE const place = place_of(_mm_mul_ps(_mm_loadu_ps(left < 4 ? rest : &xs[first]), scale_x));
         alignas(16) std::uint32_t cells[4];
         alignas(16) float offsets[4], offsets_from_next[4], weights[4];
         _mm_store_si128(reinterpret_cast<__m128i *>(cells), place.whole);
@@ -207,20 +249,40 @@ void GRADIENT_NOISE::noise_row(std::span<float const> xs, float y, float z, std:
         __m128 edges[4];
         for (int n = 0; n < 4; ++n) {
             if (cells[n] != cell) {
-                a = cells[n] == cell + 1 ? b : PLANE(*this, row, cells[n]);
-                b = PLANE(*this, row, cells[n] + 1);
+                a = cells[n] == cell + 1 ? b : plane(cells[n]);
+                b = plane(cells[n] + 1);
                 cell = cells[n];
             }
-            edges[n] = blend(a.values(_mm_set1_ps(offsets[n])), b.values(_mm_set1_ps(offsets_from_next[n])),
-                             _mm_set1_ps(weights[n]));
+            edges[n] =
+                blend(a.at(_mm_set1_ps(offsets[n])), b.at(_mm_set1_ps(offsets_from_next[n])), _mm_set1_ps(weights[n]));
         }
 
         _MM_TRANSPOSE4_PS(edges[0], edges[1], edges[2], edges[3]);  // one edge of all four points in each
         __m128 const face0 = blend(edges[0], edges[1], weight_y);
         __m128 const face1 = blend(edges[2], edges[3], weight_y);
-        _mm_store_ps(four, blend(face0, face1, weight_z));
-        std::copy_n(four, now, &values[first]);
+        __m128 const result = blend(face0, face1, weight_z);
+        if (left < 4) {
+            _mm_store_ps(rest, result);
+            std::copy(rest, rest + left, values.begin() + first);
+        } else {
+            _mm_storeu_ps(&values[first], result);
+        }
     }
+}
+
+__attribute__((target("avx"))) void GRADIENT_NOISE::fill_row_avx(std::span<float const> xs, float y, float z,
+                                                                 std::span<float> values) const
+{
+    fill_row(xs, y, z, values);
+}
+
+void GRADIENT_NOISE::noise_row(std::span<float const> xs, float y, float z, std::span<float> values) const
+{
+    static bool const avx = __builtin_cpu_supports("avx");
+    if (avx)
+        fill_row_avx(xs, y, z, values);
+    else
+        fill_row(xs, y, z, values);
 }
 
 float GRADIENT_NOISE::fractal_noise(VECTOR3 const &point, unsigned octaves, float frequency, float amplitude,

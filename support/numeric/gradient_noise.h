@@ -27,7 +27,7 @@ protected:
 
 class GRADIENT_NOISE {
 public:
-    // No component of `period` may be 0. The lattice repeats after 256 cells at the latest.
+    // No period may be 0. Between two repeats of a longer period the pattern comes again every 256 cells.
     explicit GRADIENT_NOISE(VECTOR3 const &scale = {1, 1, 1}, std::uint32_t period_x = 256,
                             std::uint32_t period_y = 256, std::uint32_t period_z = 256);
 
@@ -49,14 +49,25 @@ public:
     // after each octave.
     float fractal_noise_with_callback(VECTOR3 const &point, unsigned octaves, NOISE_CALLBACK &callback) const;
 
-    VECTOR3 scale;
-    std::uint32_t period[3];             // cells until the lattice repeats along x, y and z
-    std::uint32_t permutation[256];      // 0 to 255 each; some come up twice, others never
-    static VECTOR4 const gradients[16];  // x, y, z; w is 0 and makes each a single load
+    VECTOR3 const scale;
+    std::uint32_t const period[3];       // cells until the lattice repeats along x, y and z
+    static VECTOR4 const gradients[16];  // x, y, z; w is 0
 
 private:
+    struct LINES;
     struct ROW_OF_CELLS;
+    struct CORNERS;
     struct PLANE;
+
+    void fill_row(std::span<float const> xs, float y, float z, std::span<float> values) const;
+    void fill_row_avx(std::span<float const> xs, float y, float z, std::span<float> values) const;
+
+    std::uint32_t permutation[256];               // 0 to 255 each; some come up twice, others never
+    alignas(16) VECTOR4 shuffled_gradients[256];  // gradients[permutation[i] & 15], in a single load
+    alignas(16) float scale_lanes[4] = {};        // scale once more, likewise
+    // Where all periods are powers of two, which is usual, these bits of a number are what is left of it.
+    alignas(16) std::uint32_t wrap_mask[4] = {};
+    bool wraps_by_mask = true;
 };
 
 }  // namespace SUPPORT
