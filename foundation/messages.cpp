@@ -26,6 +26,11 @@ void message(int level, String const &line)
         std::fprintf(stderr, "%s\n", printable(line).c_str());
 }
 
+void message_txt(String const &text)
+{
+    message(MESSAGE_INFORMATION, KN::String(text.substr(0, text.size() - text.ends_with('\n'))));
+}
+
 bool goes_on() { return thread_sink == nullptr || thread_sink->goes_on(); }
 
 }  // namespace KN

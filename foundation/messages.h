@@ -24,7 +24,8 @@ FOUNDATION_API MessageSink *set_thread_message_sink(MessageSink *sink);
 FOUNDATION_API MessageSink *set_process_message_sink(MessageSink *sink);
 
 FOUNDATION_API void message(int level, String const &line);
-inline void message_txt(String const &line) { message(MESSAGE_INFORMATION, line); }
+// For information; a "\n" at the end of the text is taken off.
+FOUNDATION_API void message_txt(String const &text);
 
 // Asked in the loops of long work, some thousand times a second at most. False: whoever runs this thread's work wants
 // it to end; the work then fails at once, and need not say why.
