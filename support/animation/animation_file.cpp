@@ -72,6 +72,7 @@ ANIMATION_FILE_HEADER header_of(SOURCE source)
 }  // namespace
 
 ANIMATION_FILE_HEADER read_header(KN::FileIn &file) { return header_of(FILE_SOURCE(file)); }
+ANIMATION_FILE_HEADER read_header(KN::BufferedStream &stream) { return header_of(STREAM_SOURCE(stream)); }
 
 KN::String animation_file_bytes(ANIMATION_FILE_TABLES const &tables, std::span<VECTOR3 const> translations,
                                 std::span<PACKED_QUATERNION const> rotations)

@@ -3,6 +3,7 @@
 #include "foundation/messages.h"
 #include "support/animation/file_reader.h"
 #include "support/animation/skeleton.h"
+#include "support/report/animation_timing.h"
 
 namespace SUPPORT {
 
@@ -11,6 +12,14 @@ ANIMATION_CLIP::ANIMATION_CLIP(KN::FileIn &file, SKELETON const *given, std::uin
     : allocator(home), source_name(source.name), skeleton(given), options(flags)
 {
     FILE_SOURCE from(file);
+    load(from, source.single_frame);
+}
+
+ANIMATION_CLIP::ANIMATION_CLIP(KN::BufferedStream &file, SKELETON const *given, std::uint32_t flags,
+                               CLIP_SOURCE const &source, ALLOCATOR &home)
+    : allocator(home), source_name(source.name), skeleton(given), options(flags)
+{
+    STREAM_SOURCE from(file);
     load(from, source.single_frame);
 }
 
@@ -49,8 +58,7 @@ void ANIMATION_CLIP::load(SOURCE &file, bool single_frame)
         ANIMATION_FRAME *const frame = reader.read();
         if (frame == nullptr)
             break;
-        frame->translation_map = translation_map;
-        frame->rotation_map = rotation_map;
+        frame->set_maps(translation_map, rotation_map);
         frame->skeleton = bone_table();
         frame->bind_frame = skeleton != nullptr ? &skeleton->bind_frame : nullptr;
         handle_root(*frame, skeleton != nullptr ? skeleton->root_bone : 0, options, read.empty() ? nullptr : read[0]);
@@ -60,6 +68,7 @@ void ANIMATION_CLIP::load(SOURCE &file, bool single_frame)
     valid = !frames.empty();
     if (valid && !single_frame)
         summarise();
+    animation_timing_step("animation clip");
 }
 
 bool ANIMATION_CLIP::check_bone_orientations() const

@@ -3,6 +3,7 @@
 // that a count costs no more than the bytes that follow it.
 #pragma once
 
+#include "foundation/buffered_stream.h"
 #include "foundation/containers.h"
 #include "foundation/file.h"
 #include "support/animation/allocator.h"
@@ -25,6 +26,15 @@ public:
 
 private:
     KN::FileIn &file;
+};
+
+class STREAM_SOURCE {
+public:
+    explicit STREAM_SOURCE(KN::BufferedStream &given) : stream(given) {}
+    std::size_t read(void *target, std::size_t size) { return stream.read(target, unsigned(size)); }
+
+private:
+    KN::BufferedStream &stream;
 };
 
 // Fills an empty array with `count` elements whose bytes lie in the source as they do in memory. False if there are

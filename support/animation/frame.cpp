@@ -1,6 +1,30 @@
 #include "support/animation/frame.h"
 
+#include <algorithm>
+
 namespace SUPPORT {
+
+namespace {
+
+std::uint32_t count_in_order(std::span<std::int32_t const> map, std::size_t values)
+{
+    std::size_t const limit = std::min(map.size(), values);
+    std::uint32_t count = 0;
+    while (count < limit && map[count] == std::int32_t(count))
+        ++count;
+    return count;
+}
+
+}  // namespace
+
+void ANIMATION_FRAME::set_maps(std::span<std::int32_t const> of_translations,
+                               std::span<std::int32_t const> of_rotations)
+{
+    translation_map = of_translations;
+    rotation_map = of_rotations;
+    translations_in_order = count_in_order(translation_map, translations.size());
+    rotations_in_order = count_in_order(rotation_map, rotations.size());
+}
 
 VECTOR3 ANIMATION_FRAME::translation_of(std::size_t bone) const
 {

@@ -29,6 +29,11 @@ struct ANIMATION_FRAME {
     ANGLE16 heading = 0;
     BONE_TABLE skeleton;
     ANIMATION_FRAME const *bind_frame = nullptr;  // null: what is not animated is at the identity
+    // So many bones from the first on stand in the arrays at their own numbers; loops over these need no map.
+    std::uint32_t translations_in_order = 0, rotations_in_order = 0;
+
+    // Gives the frame the maps of all frames.
+    void set_maps(std::span<std::int32_t const> of_translations, std::span<std::int32_t const> of_rotations);
 
     // What the frame has for a bone: from its own arrays, or from the bind frame.
     VECTOR3 translation_of(std::size_t bone) const;

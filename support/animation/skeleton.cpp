@@ -1,6 +1,7 @@
 #include "support/animation/skeleton.h"
 
 #include "support/animation/file_reader.h"
+#include "support/report/animation_timing.h"
 
 #include <cmath>
 
@@ -11,6 +12,14 @@ SKELETON::SKELETON(KN::FileIn &file, KN::FileIn &matrix_file, std::uint32_t opti
     : home(allocator)
 {
     FILE_SOURCE from(file), matrices_from(matrix_file);
+    load(from, matrices_from, options, root_name.lower(), second_name.lower());
+}
+
+SKELETON::SKELETON(KN::BufferedStream &file, KN::BufferedStream &matrix_file, std::uint32_t options,
+                   KN::String const &root_name, KN::String const &second_name, ALLOCATOR &allocator)
+    : home(allocator)
+{
+    STREAM_SOURCE from(file), matrices_from(matrix_file);
     load(from, matrices_from, options, root_name.lower(), second_name.lower());
 }
 
@@ -72,13 +81,13 @@ void SKELETON::load(SOURCE &file, SOURCE &matrix_file, std::uint32_t options, KN
         bind_block = FRAME_READER<SOURCE>(file, tables, home).read();
     if (bind_block != nullptr)
         bind_frame = *bind_block;
-    bind_frame.translation_map = translation_map;
-    bind_frame.rotation_map = rotation_map;
+    bind_frame.set_maps(translation_map, rotation_map);
     bind_frame.skeleton = bones;
     bind_frame.bind_frame = &bind_frame;
     handle_root(bind_frame, root_bone, options, nullptr);
     inverse_bind_matrices = read_matrices(matrix_file, home);
     blend_frames(bind_pose, bind_frame, bind_frame, 0, BLEND_SPHERICAL, this, nullptr);
+    animation_timing_step("skeleton");
 }
 
 namespace {
@@ -97,6 +106,13 @@ KN::String root_name_of(SKELETON const &parent)
 }  // namespace
 
 ATTACHED_SKELETON::ATTACHED_SKELETON(KN::FileIn &file, KN::FileIn &matrix_file, SKELETON const &parent,
+                                     std::uint32_t options, ALLOCATOR &allocator)
+    : SKELETON(file, matrix_file, options, root_name_of(parent), second_name_of(parent), allocator)
+{
+    attach(parent, allocator);
+}
+
+ATTACHED_SKELETON::ATTACHED_SKELETON(KN::BufferedStream &file, KN::BufferedStream &matrix_file, SKELETON const &parent,
                                      std::uint32_t options, ALLOCATOR &allocator)
     : SKELETON(file, matrix_file, options, root_name_of(parent), second_name_of(parent), allocator)
 {

@@ -1,49 +1,82 @@
-// Local matrices are built for four bones at once, entry by entry; each is then put behind its parent's world matrix
-// row by row. The bits are those of local_matrix and of the product of two MATRIX34.
+// First the local matrices, for several bones at once, then each is put behind its parent's world matrix. The bits are
+// those of local_matrix and of the product of two MATRIX34.
 
 #include "support/animation/clip.h"
 #include "support/animation/pose.h"
+#include "support/animation/pose_lanes.h"
 #include "support/animation/skeleton.h"
-#include "support/maths/quaternion_kernel.h"
-
-#include <emmintrin.h>
 
 namespace SUPPORT {
 
 namespace {
 
-// The local matrices of four bones.
-void local_matrices(QUATERNION const *rotations, VECTOR3 const *translations, MATRIX34 *locals)
+// From bone `begin` on; gives the first bone that is left.
+template <class F>
+KERNEL std::size_t local_groups(POSE const &pose, std::size_t begin, std::size_t count, MATRIX34 *locals)
 {
-    __m128 x = _mm_loadu_ps(&rotations[0].x), y = _mm_loadu_ps(&rotations[1].x);
-    __m128 z = _mm_loadu_ps(&rotations[2].x), w = _mm_loadu_ps(&rotations[3].x);
-    _MM_TRANSPOSE4_PS(x, y, z, w);
-    ROTATION_ENTRIES<FOUR_FLOATS> const e = rotation_entries(COMPONENTS<FOUR_FLOATS>{x, y, z, w});
-    float const *const moved = &translations->x;
-    for (unsigned i = 0; i < 3; ++i) {
-        __m128 c0 = e.m[i][0].lanes, c1 = e.m[i][1].lanes, c2 = e.m[i][2].lanes;
-        __m128 c3 = _mm_setr_ps(moved[i], moved[3 + i], moved[6 + i], moved[9 + i]);
-        _MM_TRANSPOSE4_PS(c0, c1, c2, c3);
-        _mm_storeu_ps(locals[0][i], c0);
-        _mm_storeu_ps(locals[1][i], c1);
-        _mm_storeu_ps(locals[2][i], c2);
-        _mm_storeu_ps(locals[3][i], c3);
+    std::size_t bone = begin;
+    for (; bone + lanes_of<F> <= count; bone += lanes_of<F>) {
+        COMPONENTS<F> rotations;
+        load_rotations(pose.rotations + bone, rotations);
+        F entries[3][3], places[3];
+        rotation_entries(rotations, entries);
+        load_columns(pose.translations + bone, places);
+        for (unsigned row = 0; row < 3; ++row)
+            store_rows(COMPONENTS<F>{entries[row][0], entries[row][1], entries[row][2], places[row]}, locals[bone][row],
+                       12);
+    }
+    return bone;
+}
+
+// A row of the product of two matrices, from that row of the first and all rows of the second.
+KERNEL void product_row(FOUR_FLOATS const &a, FOUR_FLOATS const (&b)[3], FOUR_FLOATS &row)
+{
+    FOUR_FLOATS const translation = __builtin_shufflevector(a, FOUR_FLOATS{}, 4, 5, 6, 3);
+    row = (__builtin_shufflevector(a, a, 0, 0, 0, 0) * b[0] + __builtin_shufflevector(a, a, 1, 1, 1, 1) * b[1]) +
+          (__builtin_shufflevector(a, a, 2, 2, 2, 2) * b[2] + translation);
+}
+
+KERNEL void load_rows(MATRIX34 const &from, FOUR_FLOATS (&rows)[3])
+{
+    for (unsigned i = 0; i < 3; ++i)
+        load_lanes(rows[i], from[i]);
+}
+
+template <bool EIGHT>
+KERNEL void fill(POSE const &pose, std::size_t count, MATRIX34 const &root_matrix, MATRIX34 *world)
+{
+    std::size_t bone = EIGHT ? local_groups<EIGHT_FLOATS>(pose, 0, count, world) : 0;
+    bone = local_groups<FOUR_FLOATS>(pose, bone, count, world);
+    for (; bone < count; ++bone)
+        world[bone] = local_matrix(pose.rotations[bone], pose.translations[bone]);
+
+    // Most bones hang on the one before them, whose matrix is still at hand.
+    FOUR_FLOATS last[3];
+    load_rows(root_matrix, last);
+    std::size_t last_bone = count;
+    for (bone = 0; bone < count; ++bone) {
+        // A parent that is not in front of its bone, in damaged data, counts as none.
+        std::size_t const parent = std::size_t(std::ptrdiff_t(pose.skeleton[bone].parent));
+        if (parent != last_bone)
+            load_rows(parent < bone ? world[parent] : root_matrix, last);
+        FOUR_FLOATS local[3];
+        load_rows(world[bone], local);
+        for (unsigned i = 0; i < 3; ++i) {
+            product_row(last[i], local, last[i]);
+            store_lanes(last[i], world[bone][i]);
+        }
+        last_bone = bone;
     }
 }
 
-struct ROWS {
-    __m128 row0, row1, row2;
-};
-
-ROWS load(MATRIX34 const &m) { return {_mm_loadu_ps(m[0]), _mm_loadu_ps(m[1]), _mm_loadu_ps(m[2])}; }
-
-__m128 product_row(__m128 p, ROWS const &b)
+void fill_by_four(POSE const &pose, std::size_t count, MATRIX34 const &root_matrix, MATRIX34 *world)
 {
-    __m128 const translation = _mm_castsi128_ps(_mm_setr_epi32(0, 0, 0, -1));
-    __m128 const x = _mm_mul_ps(_mm_shuffle_ps(p, p, _MM_SHUFFLE(0, 0, 0, 0)), b.row0);
-    __m128 const y = _mm_mul_ps(_mm_shuffle_ps(p, p, _MM_SHUFFLE(1, 1, 1, 1)), b.row1);
-    __m128 const z = _mm_mul_ps(_mm_shuffle_ps(p, p, _MM_SHUFFLE(2, 2, 2, 2)), b.row2);
-    return _mm_add_ps(_mm_add_ps(x, y), _mm_add_ps(z, _mm_and_ps(p, translation)));
+    fill<false>(pose, count, root_matrix, world);
+}
+
+WITH_EIGHT_LANES void fill_by_eight(POSE const &pose, std::size_t count, MATRIX34 const &root_matrix, MATRIX34 *world)
+{
+    fill<true>(pose, count, root_matrix, world);
 }
 
 }  // namespace
@@ -52,24 +85,8 @@ std::span<MATRIX34> world_matrices(POSE const &pose, std::uint32_t bone_limit, M
                                    SCRATCH_ALLOCATOR &scratch)
 {
     std::size_t const count = bone_limit != 0 && bone_limit < pose.bone_count ? bone_limit : pose.bone_count;
-    MATRIX34 *const world = static_cast<MATRIX34 *>(scratch.allocate(count * sizeof(MATRIX34), alignof(MATRIX34)));
-    std::size_t bone = 0;
-    for (; bone + 4 <= count; bone += 4)
-        local_matrices(pose.rotations + bone, pose.translations + bone, world + bone);
-    for (; bone < count; ++bone)
-        world[bone] = local_matrix(pose.rotations[bone], pose.translations[bone]);
-    ROWS last = load(root_matrix);
-    for (bone = 0; bone < count; ++bone) {
-        // A parent that is not in front of its bone, in damaged data, counts as none.
-        std::size_t const parent = std::size_t(std::ptrdiff_t(pose.skeleton[bone].parent));
-        if (parent != bone - 1)
-            last = load(parent < bone ? world[parent] : root_matrix);
-        ROWS const local = load(world[bone]);
-        last = {product_row(last.row0, local), product_row(last.row1, local), product_row(last.row2, local)};
-        _mm_storeu_ps(world[bone][0], last.row0);
-        _mm_storeu_ps(world[bone][1], last.row1);
-        _mm_storeu_ps(world[bone][2], last.row2);
-    }
+    MATRIX34 *const world = static_cast<MATRIX34 *>(scratch.allocate(count * sizeof(MATRIX34), 16));
+    (eight_lanes() ? fill_by_eight : fill_by_four)(pose, count, root_matrix, world);
     return {world, count};
 }
 

@@ -74,8 +74,7 @@ MATRIX34 operator*(MATRIX34 const &a, MATRIX34 const &b)
     MATRIX34 c;
     for (unsigned i = 0; i < 3; ++i) {
         for (unsigned j = 0; j < 4; ++j)
-            c[i][j] = a[i][0] * b[0][j] + a[i][1] * b[1][j] + a[i][2] * b[2][j];
-        c[i][3] += a[i][3];
+            c[i][j] = (a[i][0] * b[0][j] + a[i][1] * b[1][j]) + (a[i][2] * b[2][j] + (j == 3 ? a[i][3] : 0));
     }
     return c;
 }
@@ -96,8 +95,9 @@ MATRIX33 transposed(MATRIX33 const &a)
 
 MATRIX33 rotation_matrix(QUATERNION const &q)
 {
-    ROTATION_ENTRIES<float> const e = rotation_entries(COMPONENTS<float>{q.x, q.y, q.z, q.w});
-    return {{{e.m[0][0], e.m[0][1], e.m[0][2]}, {e.m[1][0], e.m[1][1], e.m[1][2]}, {e.m[2][0], e.m[2][1], e.m[2][2]}}};
+    MATRIX33 matrix;
+    rotation_entries(COMPONENTS<float>{q.x, q.y, q.z, q.w}, matrix.m);
+    return matrix;
 }
 
 MATRIX34 local_matrix(QUATERNION const &rotation, VECTOR3 const &translation)

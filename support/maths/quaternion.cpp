@@ -18,8 +18,8 @@ QUATERNION quaternion_from_angle_y(ANGLE16 angle)
 
 QUATERNION slerp(QUATERNION const &a, QUATERNION const &b, float t, float threshold)
 {
-    COMPONENTS<float> const blended =
-        spherical_blend(COMPONENTS<float>{a.x, a.y, a.z, a.w}, COMPONENTS<float>{b.x, b.y, b.z, b.w}, t, threshold);
+    COMPONENTS<float> blended;
+    spherical_blend({a.x, a.y, a.z, a.w}, COMPONENTS<float>{b.x, b.y, b.z, b.w}, t, threshold, blended);
     return {blended.x, blended.y, blended.z, blended.w};
 }
 
