@@ -3,7 +3,7 @@
 #include "foundation/file.h"
 #include "foundation/finished_file.h"
 #include "foundation/messages.h"
-#include "platform/conversion/tga.h"
+#include "platform/texture/tga.h"
 
 #include <algorithm>
 #include <mutex>
@@ -55,15 +55,15 @@ unsigned u32_big_endian(std::string_view bytes, std::size_t at)
 bool as_png(KN::String &bytes, KN::String &error)
 {
     if (bytes.starts_with(png_mark)) {
-        if (bytes.size() < 24 || u32_big_endian(bytes, 16) > PICTURE::largest ||
-            u32_big_endian(bytes, 20) > PICTURE::largest) {
-            error = "the picture is cut off, or larger than " + std::to_string(PICTURE::largest) + " pixels";
+        if (bytes.size() < 24 || u32_big_endian(bytes, 16) > KESTREL::PICTURE::largest ||
+            u32_big_endian(bytes, 20) > KESTREL::PICTURE::largest) {
+            error = "the picture is cut off, or larger than " + std::to_string(KESTREL::PICTURE::largest) + " pixels";
             return false;
         }
         return true;
     }
-    PICTURE picture;
-    if (!read_tga(bytes, picture, error))
+    KESTREL::TGA_PICTURE picture;
+    if (!KESTREL::read_tga(bytes, picture, error))
         return false;
     bytes.clear();
     auto const append = [](void *to, void *piece, int size) {

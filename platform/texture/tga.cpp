@@ -2,11 +2,11 @@
 // first. Types 10 and 11 pack them: a byte n below 128 stands before n + 1 pixels, one from 128 on before a pixel that
 // counts n - 127 times; packets may run over the ends of rows.
 
-#include "platform/conversion/tga.h"
+#include "platform/texture/tga.h"
 
 #include <algorithm>
 
-namespace TOOLDATABUILDER {
+namespace KESTREL {
 
 namespace {
 
@@ -39,7 +39,7 @@ bool unpack(std::string_view bytes, std::size_t pixel_size, std::vector<std::uin
 
 }  // namespace
 
-bool read_tga(std::string_view bytes, PICTURE &picture, KN::String &error)
+bool read_tga(std::string_view bytes, TGA_PICTURE &picture, KN::String &error)
 {
     if (bytes.size() < head_size) {
         error = "the picture is cut off";
@@ -92,4 +92,4 @@ bool read_tga(std::string_view bytes, PICTURE &picture, KN::String &error)
     return true;
 }
 
-}  // namespace TOOLDATABUILDER
+}  // namespace KESTREL
