@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 
 using namespace VEX2_LOADER;
 
@@ -21,7 +22,12 @@ constexpr float usual_rate = 20;
 // Nodes times frames: ten minutes of 600 nodes at 20 frames a second.
 constexpr double most_samples = 1 << 23;
 
-KN::String number_text(double number) { return KN::to_utf8(KN::UniString::format(float(number), 3, true)); }
+KN::String number_text(double number)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%g", number);
+    return text;
+}
 
 // The times of the frames: a whole number of steps, so that frames, rate and duration agree; the number that comes
 // nearest to the scene's own time. The last frame shows the scene's end.

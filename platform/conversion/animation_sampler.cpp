@@ -66,7 +66,7 @@ bool ANIMATION_SAMPLER::take_world(std::size_t bone, double time, KN::String &fa
 
     if (bone == sizes.size())
         sizes.push_back(size);
-    else if (resized < 0 && std::abs(size - sizes[bone]) > 1e-3 * sizes[bone])
+    else if (resized < 0 && std::abs(size - sizes[bone]) > 0.05 * sizes[bone])
         resized = std::int32_t(bone);
     return true;
 }

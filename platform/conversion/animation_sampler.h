@@ -30,7 +30,7 @@ public:
     // From the scene's space into that of each bone, as they stand in the last frame.
     KN_STD::VECTOR<SUPPORT::MATRIX34> inverse_matrices() const;
 
-    // The first bone whose size changed by more than a thousandth; negative: none.
+    // The first bone whose size changed by more than a twentieth (blended rotations are not exact); negative: none.
     std::int32_t resized_bone() const { return resized; }
 
     KN_STD::VECTOR<SUPPORT::VECTOR3> translations;
