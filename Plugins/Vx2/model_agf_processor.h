@@ -1,5 +1,5 @@
-// MODEL_AGF_PROCESSOR: asset-graph fragments of finished models and materials below the working root. Plans nothing so
-// far: the fragment actions are not built yet.
+// MODEL_AGF_PROCESSOR: plans the asset-graph fragments of the finished models and materials below the working root,
+// those included that other actions of the same plan will make.
 #pragma once
 
 #include "Plugins/Vx2/host/processor.h"
