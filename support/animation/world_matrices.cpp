@@ -28,19 +28,93 @@ KERNEL std::size_t local_groups(POSE const &pose, std::size_t begin, std::size_t
     return bone;
 }
 
-// A row of the product of two matrices, from that row of the first and all rows of the second.
-KERNEL void product_row(FOUR_FLOATS const &a, FOUR_FLOATS const (&b)[3], FOUR_FLOATS &row)
+// Column `column` of one or two rows of four, in all four places of its row.
+template <int column>
+KERNEL void spread(FOUR_FLOATS const &rows, FOUR_FLOATS &to)
 {
-    FOUR_FLOATS const translation = __builtin_shufflevector(a, FOUR_FLOATS{}, 4, 5, 6, 3);
-    row = (__builtin_shufflevector(a, a, 0, 0, 0, 0) * b[0] + __builtin_shufflevector(a, a, 1, 1, 1, 1) * b[1]) +
-          (__builtin_shufflevector(a, a, 2, 2, 2, 2) * b[2] + translation);
+    to = __builtin_shufflevector(rows, rows, column, column, column, column);
+}
+template <int column>
+KERNEL void spread(EIGHT_FLOATS const &rows, EIGHT_FLOATS &to)
+{
+    constexpr int c = column, d = 4 + column;
+    to = __builtin_shufflevector(rows, rows, c, c, c, c, d, d, d, d);
 }
 
-KERNEL void load_rows(MATRIX34 const &from, FOUR_FLOATS (&rows)[3])
+KERNEL void only_translation(FOUR_FLOATS const &rows, FOUR_FLOATS &to)
 {
-    for (unsigned i = 0; i < 3; ++i)
-        load_lanes(rows[i], from[i]);
+    to = __builtin_shufflevector(rows, FOUR_FLOATS{}, 4, 5, 6, 3);
 }
+KERNEL void only_translation(EIGHT_FLOATS const &rows, EIGHT_FLOATS &to)
+{
+    to = __builtin_shufflevector(rows, EIGHT_FLOATS{}, 8, 9, 10, 3, 12, 13, 14, 7);
+}
+
+// One or two rows of the first matrix of a product become those of the product; `second` has the second matrix's rows.
+template <class F>
+KERNEL void multiply_rows(F &rows, F const (&second)[3])
+{
+    F x, y, z, translation;
+    spread<0>(rows, x);
+    spread<1>(rows, y);
+    spread<2>(rows, z);
+    only_translation(rows, translation);
+    rows = (x * second[0] + y * second[1]) + (z * second[2] + translation);
+}
+
+// A matrix as its rows: one by one, or the first two together.
+template <bool EIGHT>
+struct ROWS;
+
+template <>
+struct ROWS<false> {
+    FOUR_FLOATS row[3];
+
+    KERNEL void load(MATRIX34 const &from)
+    {
+        for (unsigned i = 0; i < 3; ++i)
+            load_lanes(row[i], from[i]);
+    }
+    KERNEL void store(MATRIX34 &to) const
+    {
+        for (unsigned i = 0; i < 3; ++i)
+            store_lanes(row[i], to[i]);
+    }
+    KERNEL void multiply(MATRIX34 const &by)
+    {
+        ROWS second;
+        second.load(by);
+        for (FOUR_FLOATS &one : row)
+            multiply_rows(one, second.row);
+    }
+};
+
+template <>
+struct ROWS<true> {
+    EIGHT_FLOATS row01;
+    FOUR_FLOATS row2;
+
+    KERNEL void load(MATRIX34 const &from)
+    {
+        load_lanes(row01, from[0]);
+        load_lanes(row2, from[2]);
+    }
+    KERNEL void store(MATRIX34 &to) const
+    {
+        store_lanes(row01, to[0]);
+        store_lanes(row2, to[2]);
+    }
+    KERNEL void multiply(MATRIX34 const &by)
+    {
+        ROWS<false> second;
+        second.load(by);
+        EIGHT_FLOATS twice[3];
+        for (unsigned i = 0; i < 3; ++i)
+            twice[i] = __builtin_shufflevector(second.row[i], second.row[i], 0, 1, 2, 3, 0, 1, 2, 3);
+        multiply_rows(row01, twice);
+        multiply_rows(row2, second.row);
+    }
+};
 
 template <bool EIGHT>
 KERNEL void fill(POSE const &pose, std::size_t count, MATRIX34 const &root_matrix, MATRIX34 *world)
@@ -51,20 +125,16 @@ KERNEL void fill(POSE const &pose, std::size_t count, MATRIX34 const &root_matri
         world[bone] = local_matrix(pose.rotations[bone], pose.translations[bone]);
 
     // Most bones hang on the one before them, whose matrix is still at hand.
-    FOUR_FLOATS last[3];
-    load_rows(root_matrix, last);
+    ROWS<EIGHT> last;
+    last.load(root_matrix);
     std::size_t last_bone = count;
     for (bone = 0; bone < count; ++bone) {
         // A parent that is not in front of its bone, in damaged data, counts as none.
         std::size_t const parent = std::size_t(std::ptrdiff_t(pose.skeleton[bone].parent));
         if (parent != last_bone)
-            load_rows(parent < bone ? world[parent] : root_matrix, last);
-        FOUR_FLOATS local[3];
-        load_rows(world[bone], local);
-        for (unsigned i = 0; i < 3; ++i) {
-            product_row(last[i], local, last[i]);
-            store_lanes(last[i], world[bone][i]);
-        }
+            last.load(parent < bone ? world[parent] : root_matrix);
+        last.multiply(world[bone]);
+        last.store(world[bone]);
         last_bone = bone;
     }
 }

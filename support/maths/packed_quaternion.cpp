@@ -1,7 +1,9 @@
 #include "support/maths/packed_quaternion.h"
 
+#include "support/maths/lanes.h"
+
 #include <cmath>
-#include <emmintrin.h>
+#include <immintrin.h>
 
 namespace SUPPORT {
 
@@ -44,20 +46,37 @@ void pack_quaternions(std::span<QUATERNION const> sources, PACKED_QUATERNION *re
         results[pairs] = pack_quaternion(sources[pairs]);
 }
 
-void unpack_quaternions(std::span<PACKED_QUATERNION const> sources, QUATERNION *results)
+namespace {
+
+void unpack_by_four(PACKED_QUATERNION const *sources, std::size_t pairs, float *to)
 {
-    std::size_t const pairs = sources.size() & ~std::size_t(1);
     __m128 const step = _mm_set1_ps(packed_step);
-    float *to = &results->x;
-    for (std::size_t i = 0; i < pairs; i += 2, to += 8) {
-        __m128i const packed = _mm_loadu_si128(reinterpret_cast<__m128i const *>(sources.data() + i));
+    for (std::size_t i = 0; i < pairs; ++i, sources += 2, to += 8) {
+        __m128i const packed = _mm_loadu_si128(reinterpret_cast<__m128i const *>(sources));
         __m128i const first = _mm_srai_epi32(_mm_unpacklo_epi16(packed, packed), 16);
         __m128i const second = _mm_srai_epi32(_mm_unpackhi_epi16(packed, packed), 16);
         _mm_storeu_ps(to, _mm_mul_ps(_mm_cvtepi32_ps(first), step));
         _mm_storeu_ps(to + 4, _mm_mul_ps(_mm_cvtepi32_ps(second), step));
     }
-    if (pairs < sources.size())
-        results[pairs] = unpack_quaternion(sources[pairs]);
+}
+
+WITH_EIGHT_LANES void unpack_by_eight(PACKED_QUATERNION const *sources, std::size_t pairs, float *to)
+{
+    __m256 const step = _mm256_set1_ps(packed_step);
+    for (std::size_t i = 0; i < pairs; ++i, sources += 2, to += 8) {
+        __m256i const both = _mm256_cvtepi16_epi32(_mm_loadu_si128(reinterpret_cast<__m128i const *>(sources)));
+        _mm256_storeu_ps(to, _mm256_mul_ps(_mm256_cvtepi32_ps(both), step));
+    }
+}
+
+}  // namespace
+
+void unpack_quaternions(std::span<PACKED_QUATERNION const> sources, QUATERNION *results)
+{
+    std::size_t const pairs = sources.size() / 2;
+    (eight_lanes() ? unpack_by_eight : unpack_by_four)(sources.data(), pairs, &results->x);
+    if (sources.size() % 2 != 0)
+        results[2 * pairs] = unpack_quaternion(sources[2 * pairs]);
 }
 
 }  // namespace SUPPORT
