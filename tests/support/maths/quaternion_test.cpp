@@ -92,8 +92,12 @@ TEST(PackedQuaternion, UnpacksByTheStepOfItsFormat)
 TEST(PackedQuaternion, ArrayFormsGiveTheSameBits)
 {
     auto const check = [](std::vector<PACKED_QUATERNION> const &packed) {
-        std::vector<QUATERNION> unpacked(packed.size());
+        std::vector<QUATERNION> unpacked(packed.size()), by_four(packed.size());
         unpack_quaternions(packed, unpacked.data());
+        allow_eight_lanes(false);
+        unpack_quaternions(packed, by_four.data());
+        allow_eight_lanes(true);
+        ASSERT_EQ(0, std::memcmp(unpacked.data(), by_four.data(), packed.size() * sizeof(QUATERNION)));
         std::vector<PACKED_QUATERNION> again(packed.size());
         pack_quaternions(unpacked, again.data());
         for (std::size_t i = 0; i < packed.size(); ++i) {
