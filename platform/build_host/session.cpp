@@ -1,5 +1,6 @@
 #include "platform/build_host/session.h"
 
+#include "Plugins/Vx2/host/vfs.h"
 #include "foundation/finished_file.h"
 #include "platform/build_host/disk_name.h"
 #include "platform/build_host/product_path.h"
@@ -52,6 +53,7 @@ bool SESSION::open(QString const &folder, QStringList const &plug_ins)
     if (!read_project(where, current, fault_lines))
         return false;
     set_current_roots(current.roots);
+    UTILITYDLL::vfs().set_roots({disk_name(current.roots.working), disk_name(current.roots.old_working)});
     if (!load_plug_ins(plug_ins + current.plug_ins))
         return false;
     rows_of_assets = std::make_unique<ASSET_DATABASE>(current.database, current.state_folder);

@@ -41,14 +41,14 @@ public:
         KN::String error;
         if (request.kind < CAPTURE_REQUEST::NORMAL || request.kind > CAPTURE_REQUEST::HEIGHT)
             error = request.file_name + ": there is no picture of kind " + std::to_string(request.kind);
-        else if (!has_frame && KN::goes_on())
+        else if (!has_frame)
             error = request.file_name + ": no frame was rendered";
-        else if (has_frame && (request.width != film.width() || request.height != film.height()))
+        else if (request.width != film.width() || request.height != film.height())
             error = request.file_name + ": the frame measures " + std::to_string(film.width()) + " x " +
                     std::to_string(film.height()) + " pixels, not " + std::to_string(request.width) + " x " +
                     std::to_string(request.height);
-        else if (has_frame)
-            write_tga(film.picture(request.kind), request.file_name, error);
+        else
+            write_tga(film.picture(request.kind), KN::disk_path(KN::must_fix_string_widen(request.file_name)), error);
         if (!error.empty())
             KN::message(KN::MESSAGE_ERROR, error);
     }

@@ -67,7 +67,7 @@ bool write_tga(PICTURE const &picture, KN::String const &path, KN::String &error
     bytes.append(reinterpret_cast<char const *>(picture.pixels.data()), picture.pixels.size());
     for (std::size_t i = sizeof(head); i < bytes.size(); i += 4)
         std::swap(bytes[i], bytes[i + 2]);
-    return KN::write_finished_file(KN::disk_path(path), bytes, error);
+    return KN::write_finished_file(path, bytes, error);
 }
 
 }  // namespace KESTREL

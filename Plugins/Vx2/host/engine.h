@@ -76,7 +76,7 @@ struct CAPTURE_REQUEST {
     enum KIND { NORMAL = 0, COLOUR = 1, HEIGHT = 2 };
 
     unsigned width, height;  // pixels; those of the viewport
-    KN::String file_name;    // truecolour TGA of 32 bits, with alpha
+    KN::String file_name;    // one byte a character; truecolour TGA of 32 bits, with alpha
     int kind;
 };
 
