@@ -8,20 +8,34 @@ static QString const &working()
     return word;
 }
 
-// The key under which the table knows the asset, or an empty one. The look-up is made through the table too, which
-// tells the host that the answer depends on that file.
-LOGICAL_PATH FRAGMENT_IDS::in_table(LOGICAL_PATH const &asset)
+// The key that is `asset` but for the case of letters; `asset` where there is none.
+LOGICAL_PATH FRAGMENT_IDS::folded_key(LOGICAL_PATH const &asset)
 {
-    std::call_once(indexed, [this] {
+    std::lock_guard const guard(lock);
+    if (indexed != files.size()) {
+        indexed = files.size();
+        by_folded.clear();
         for (auto entry = files.lowerBound(LOGICAL_PATH(working())); entry != files.end(); ++entry) {
             if (!entry.key().startsWith(working()))
                 break;
             by_folded.insert(entry.key().toLower(), entry.key());
         }
-    });
-    LOGICAL_PATH const key = by_folded.value(asset.toLower(), asset);
-    FILE_ENTRY const *const entry = files.value(key);
-    return entry != nullptr && entry->state != FILE_ENTRY::DELETED ? key : LOGICAL_PATH();
+    }
+    return by_folded.value(asset.toLower(), asset);
+}
+
+// The key under which the table knows the asset, or an empty one. Files that come while actions run are found by
+// their very name. The host hears of the look-up.
+LOGICAL_PATH FRAGMENT_IDS::in_table(LOGICAL_PATH const &asset)
+{
+    LOGICAL_PATH const key = folded_key(asset);
+    FILE_ENTRY const *const entry = files.peek(key);
+    bool const is_there = entry != nullptr && entry->state != FILE_ENTRY::DELETED;
+    if (is_there)
+        note_look_up(key, true);
+    else
+        note_folded_look_up(key);
+    return is_there ? key : LOGICAL_PATH();
 }
 
 QString FRAGMENT_IDS::id_of(LOGICAL_PATH const &asset)

@@ -84,14 +84,17 @@ void ACTION_ACCOUNT::stop()
 void ACTION_ACCOUNT::see(LOGICAL_PATH const &path, QString const &physical, bool is_declared)
 {
     auto const [place, is_new] = seen.try_emplace(text_id(path));
-    if (is_new)
+    if (is_new || RECORDED_FILE::is_look_up(place->second.second.stamp))
         place->second = {path, {physical, physical.isEmpty() ? FILE_STAMP() : stamp_of(physical), is_declared}};
 }
 
-void ACTION_ACCOUNT::file_looked_up(LOGICAL_PATH const &path, bool)
+void ACTION_ACCOUNT::file_looked_up(LOGICAL_PATH const &path, LOOK_UP answer)
 {
-    FILE_ENTRY const *const entry = table.peek(path);
-    see(path, entry != nullptr ? QString(entry->physical) : QString(), false);
+    FILE_STAMP stamp;
+    stamp.size = answer == LOOK_UP::FOUND    ? RECORDED_FILE::LISTED
+                 : answer == LOOK_UP::ABSENT ? RECORDED_FILE::UNLISTED
+                                             : RECORDED_FILE::UNLISTED_FOLDED;
+    seen.try_emplace(text_id(path), path, FILE{{}, stamp, false});
 }
 
 static PHYSICAL_PATH whole_path(KN::String const &disk_name)
@@ -109,8 +112,17 @@ void ACTION_ACCOUNT::looked_for(KN::String const &disk_name, bool)
 void ACTION_ACCOUNT::written(KN::String const &disk_name)
 {
     PHYSICAL_PATH const physical = whole_path(disk_name);
-    FILE_ENTRY const *const entry = table.peek(PATHS::logical_path(physical));
+    LOGICAL_PATH const path = PATHS::logical_path(physical);
+    FILE_ENTRY const *const entry = table.peek(path);
     bookings.push_back({physical, entry != nullptr && entry->is_on_disk(), false});
+    if (entry != nullptr || !path.startsWith(QLatin1String("<working>/")))
+        return;
+    // Actions that come later may look it up.
+    FILE_ENTRY *const fresh = new FILE_ENTRY;
+    fresh->physical = physical;
+    fresh->state = FILE_ENTRY::PLANNED;
+    if (table.insert(path, fresh) != fresh)
+        delete fresh;
 }
 
 void ACTION_ACCOUNT::rule_asked(LOGICAL_PATH const &path, QString const &kind, RULE const &rule)

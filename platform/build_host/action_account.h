@@ -33,7 +33,7 @@ class ACTION_ACCOUNT final : public RUN_WATCH, public KN::FileWatch {
 public:
     struct FILE {
         QString physical;  // empty: never seen on disk
-        FILE_STAMP stamp;  // at the first look
+        FILE_STAMP stamp;  // at the first look; of a look-up that was all, see RECORDED_FILE
         bool is_declared;
     };
     struct BOOKING {
@@ -54,7 +54,7 @@ public:
     std::vector<PHYSICAL_PATH> const &removed() const { return removals; }
     std::int64_t started() const { return start; }
 
-    void file_looked_up(LOGICAL_PATH const &path, bool found) override;
+    void file_looked_up(LOGICAL_PATH const &path, LOOK_UP answer) override;
     void rule_asked(LOGICAL_PATH const &path, QString const &kind, RULE const &rule) override;
     void property_read(RULE_DATA const &rule, QString const &property) override;
     void file_booked(PHYSICAL_PATH const &path, bool present) override;

@@ -37,8 +37,18 @@ struct FILE_STAMP {
 };
 
 struct RECORDED_FILE {
+    // In place of a size: the file was not opened, only its path looked up in the file table. Planned files stand there
+    // too.
+    enum LOOK_UP_SIZE : std::int64_t {
+        LISTED = -3,
+        UNLISTED = -4,
+        UNLISTED_FOLDED = -5,  // in no case of its letters; the path is in lower case
+    };
+
     std::uint64_t path;  // text_id of the logical path
     FILE_STAMP stamp;
+
+    static bool is_look_up(FILE_STAMP const &stamp) { return stamp.size <= LISTED; }
 };
 
 // The values that an action got from a rule while it ran: ids of what it asked for and of what came back.

@@ -30,6 +30,16 @@ std::uint64_t action_key(PLANNED_ACTION const &action)
     return state;
 }
 
+// The signature together with what the action writes: declared when it is planned, or, where only the work shows what
+// comes of it, afterwards, as the next plan will find it.
+std::uint64_t whole_signature(PLANNED_ACTION const &action, QVector<TARGET_FILE> const &targets)
+{
+    std::uint64_t all = action.signature;
+    for (TARGET_FILE const &target : targets)
+        all = mix_text(all, target.logical);
+    return all;
+}
+
 TEXT_KIND name_kind(QString const &product)
 {
     return product.startsWith(QLatin1Char('<')) ? TEXT_KIND::PATH : TEXT_KIND::OUTSIDE_PATH;
@@ -68,7 +78,8 @@ struct BUILD_STATE::RUNNING {
     ACTION_ACCOUNT account;
 };
 
-BUILD_STATE::INDEX::INDEX(FILE_TABLE const &files) : slots_of_ids(std::bit_ceil(2 * files.size() + 1), {0, nullptr})
+BUILD_STATE::INDEX::INDEX(FILE_TABLE const &files)
+    : table(files), slots_of_ids(std::bit_ceil(2 * files.size() + 1), {0, nullptr})
 {
     std::size_t const mask = slots_of_ids.size() - 1;
     for (auto entry = files.begin(); entry != files.end(); ++entry) {
@@ -87,6 +98,16 @@ FILE_ENTRY *BUILD_STATE::INDEX::find(std::uint64_t id) const
         if (slots_of_ids[slot].first == id)
             return slots_of_ids[slot].second;
     return nullptr;
+}
+
+bool BUILD_STATE::INDEX::has_folded(std::uint64_t id) const
+{
+    QString const root = QStringLiteral("<working>/");
+    if (folded.empty())
+        for (auto entry = table.lowerBound(LOGICAL_PATH(root)); entry != table.end() && entry.key().startsWith(root);
+             ++entry)
+            folded.insert(text_id(entry.key().toLower()));
+    return folded.count(id) != 0;
 }
 
 BUILD_STATE::BUILD_STATE(BUILD_RECORD &build_record, PLAN const &actions, FILE_TREE const &tree, RULE_STORE &store,
@@ -112,8 +133,13 @@ BUILD_STATE::~BUILD_STATE() = default;
 
 BUILD_STATE::CHANGE BUILD_STATE::change_of(RECORDED_FILE const &file)
 {
-    FILE_STAMP stands;
     FILE_ENTRY *const entry = index.find(file.path);
+    if (RECORDED_FILE::is_look_up(file.stamp)) {
+        bool const is_listed =
+            file.stamp.size == RECORDED_FILE::UNLISTED_FOLDED ? index.has_folded(file.path) : entry != nullptr;
+        return is_listed == (file.stamp.size == RECORDED_FILE::LISTED) ? CHANGE::NONE : CHANGE::CONTENTS;
+    }
+    FILE_STAMP stands;
     QString physical;
     if (entry != nullptr) {
         if (entry->size == FILE_ENTRY::not_asked) {
@@ -173,7 +199,7 @@ QString BUILD_STATE::stale_reason(PLANNED_ACTION const &action)
         return {};
     if (row == nullptr)
         return QStringLiteral("the build record does not know it");
-    if (row->signature != action.signature) {
+    if (row->signature != whole_signature(action, action.targets)) {
         QString const changed = difference(record.text(row->account), account_of(action));
         return !changed.isEmpty() ? changed : QStringLiteral("its files or the actions that belong to it have changed");
     }
@@ -213,8 +239,8 @@ QString BUILD_STATE::input_reason(PLANNED_ACTION const &action, RECORD_ROW const
 
 QString BUILD_STATE::file_reason(RECORDED_FILE const &file) const
 {
-    return QStringLiteral("%1 %2").arg(record.text(file.path), file.stamp.size == FILE_STAMP::absent
-                                                                   ? QStringLiteral("has appeared")
+    bool const was_there = file.stamp.size >= 0 || file.stamp.size == RECORDED_FILE::LISTED;
+    return QStringLiteral("%1 %2").arg(record.text(file.path), !was_there            ? QStringLiteral("has appeared")
                                                                : is_there(file.path) ? QStringLiteral("has changed")
                                                                                      : QStringLiteral("is gone"));
 }
@@ -352,7 +378,6 @@ void BUILD_STATE::keep_books(PLANNED_ACTION const &action, ACTION_ACCOUNT const 
 {
     RECORD_ROW const *const before = record.find(key(action));
     RECORD_ROW row;
-    row.signature = action.signature;
     QString const told = account_of(action);
     row.account = text_id(told);
     record.put_text(row.account, told, TEXT_KIND::TOLD);
@@ -362,6 +387,7 @@ void BUILD_STATE::keep_books(PLANNED_ACTION const &action, ACTION_ACCOUNT const 
     QVector<TARGET_FILE> declared;
     qint64 time = 0;
     action.action->get_affected_files(declared_sources, declared, time, files, rules);
+    row.signature = whole_signature(action, declared);
     std::unordered_set<std::uint64_t> declared_ids;
     for (TARGET_FILE const &target : declared)
         declared_ids.insert(text_id(target.logical));
@@ -402,6 +428,8 @@ void BUILD_STATE::keep_books(PLANNED_ACTION const &action, ACTION_ACCOUNT const 
     std::vector<RECORDED_FILE> const looked_at = files_of(action, account, own);
     row.files = looked_at;
 
+    keep_late(action, account, looked_at);
+
     std::vector<RECORDED_READING> readings;
     for (RULE_QUESTION const &question : account.questions()) {
         RULE const rule = question.ask(rules, action);
@@ -432,6 +460,32 @@ void BUILD_STATE::keep_books(PLANNED_ACTION const &action, ACTION_ACCOUNT const 
     record.put(key(action), row, texts_of(action));
 }
 
+// What a later action makes of these: late_reason.
+void BUILD_STATE::keep_late(PLANNED_ACTION const &action, ACTION_ACCOUNT const &account,
+                            std::vector<RECORDED_FILE> const &looked_at)
+{
+    std::lock_guard const guard(late_lock);
+    std::erase_if(missed, [&](MISSED const &earlier) { return earlier.action == action.index; });
+    for (RECORDED_FILE const &file : looked_at)
+        if (file.stamp.size == RECORDED_FILE::UNLISTED || file.stamp.size == RECORDED_FILE::UNLISTED_FOLDED)
+            missed.push_back({file.path, action.index});
+    for (ACTION_ACCOUNT::BOOKING const &booking : account.booked()) {
+        LOGICAL_PATH const path = PATHS::logical_path(booking.file);
+        if (index.find(text_id(path)) == nullptr) {
+            appeared.insert(text_id(path));
+            appeared.insert(text_id(path.toLower()));
+        }
+    }
+}
+
+QString BUILD_STATE::late_reason(PLANNED_ACTION const &action)
+{
+    for (MISSED const &file : missed)
+        if (file.action == action.index && appeared.count(file.path) != 0)
+            return QStringLiteral("a file that it looked for has come");
+    return {};
+}
+
 std::vector<RECORDED_FILE> BUILD_STATE::files_of(PLANNED_ACTION const &action, ACTION_ACCOUNT const &account,
                                                  std::unordered_set<std::uint64_t> const &own_targets)
 {
@@ -444,6 +498,11 @@ std::vector<RECORDED_FILE> BUILD_STATE::files_of(PLANNED_ACTION const &action, A
         auto const &[path, file] = seen;
         if (!file.is_declared && own_targets.count(id) != 0)
             continue;
+        if (RECORDED_FILE::is_look_up(file.stamp)) {
+            list.push_back({id, file.stamp});
+            record.put_text(id, path, TEXT_KIND::PATH);
+            continue;
+        }
         FILE_STAMP stamp = file.stamp;
         FILE_STAMP const stands = file.physical.isEmpty() ? FILE_STAMP() : stamp_of(file.physical);
         if (!file.is_declared && stamp.size != FILE_STAMP::absent && stands.size == FILE_STAMP::absent)

@@ -27,6 +27,7 @@ public:
     ~BUILD_STATE() override;
 
     QString stale_reason(PLANNED_ACTION const &action) override;
+    QString late_reason(PLANNED_ACTION const &action) override;
     bool run_begins(QVector<PLANNED_ACTION const *> const &scheduled) override;
     bool action_begins(PLANNED_ACTION const &action) override;
     int action_ends(PLANNED_ACTION const &action, int status) override;
@@ -51,9 +52,20 @@ private:
     public:
         explicit INDEX(FILE_TABLE const &files);
         FILE_ENTRY *find(std::uint64_t id) const;
+        // Whether a path that is `id` in lower case stands below the working root.
+        bool has_folded(std::uint64_t id) const;
 
     private:
+        FILE_TABLE const &table;
         std::vector<std::pair<std::uint64_t, FILE_ENTRY *>> slots_of_ids;
+        mutable std::unordered_set<std::uint64_t> folded;  // made when it is first asked for
+    };
+
+    // Looked up in vain.
+    struct MISSED {
+        std::uint64_t path;
+        int action;
+        bool operator==(MISSED const &other) const = default;
     };
 
     std::uint64_t key(PLANNED_ACTION const &action) const { return keys[std::size_t(action.index)]; }
@@ -69,6 +81,8 @@ private:
     void keep_books(PLANNED_ACTION const &action, ACTION_ACCOUNT const &account);
     std::vector<RECORDED_FILE> files_of(PLANNED_ACTION const &action, ACTION_ACCOUNT const &account,
                                         std::unordered_set<std::uint64_t> const &own_targets);
+    void keep_late(PLANNED_ACTION const &action, ACTION_ACCOUNT const &account,
+                   std::vector<RECORDED_FILE> const &looked_at);
     void flush_if_due();
 
     BUILD_RECORD &record;
@@ -103,4 +117,8 @@ private:
     std::atomic<std::int64_t> next_flush = 0;       // moment
     QStringList fault_lines;
     std::mutex fault_lock;
+
+    std::mutex late_lock;
+    std::vector<MISSED> missed;                  // of the actions that have run
+    std::unordered_set<std::uint64_t> appeared;  // files that came without being planned, also in lower case
 };

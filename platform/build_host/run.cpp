@@ -44,7 +44,6 @@ public:
             result.failed += tally.failed;
             result.left_out += tally.left_out;
         }
-        result.books_kept = state.run_ends();
         return std::move(result);
     }
 
@@ -198,7 +197,9 @@ STATUS run_action(ACTION_INTERFACE &action, FILE_TABLE const &files, RULE_CACHE 
     return ACTION_INTERFACE::FAILED;
 }
 
-std::vector<QString> choose_actions(PLAN const &plan, RUN_STATE &state)
+// `reason_of`: why an action has to run by itself, or an empty text.
+template <class REASON>
+static std::vector<QString> chosen_with_others(PLAN const &plan, REASON const &reason_of)
 {
     std::vector<QString> reasons(plan.actions.size());
     std::vector<int> chosen;
@@ -209,13 +210,9 @@ std::vector<QString> choose_actions(PLAN const &plan, RUN_STATE &state)
         }
     };
     for (PLANNED_ACTION const &planned : plan.actions) {
-        if (!planned.action->error().isEmpty()) {
-            choose(planned.index, QStringLiteral("it cannot be planned"));
-        } else {
-            QString const reason = state.stale_reason(planned);
-            if (!reason.isEmpty())
-                choose(planned.index, reason);
-        }
+        QString const reason = reason_of(planned);
+        if (!reason.isEmpty())
+            choose(planned.index, reason);
     }
     for (std::size_t i = 0; i < chosen.size(); ++i) {
         QString const name = plan.actions[std::size_t(chosen[i])].action->get_name(true);
@@ -231,14 +228,48 @@ std::vector<QString> choose_actions(PLAN const &plan, RUN_STATE &state)
     return reasons;
 }
 
-RUN_RESULT run_plan(PLAN const &plan, std::vector<QString> const &reasons, FILE_TREE &files, RULE_STORE &rules,
-                    RUN_OPTIONS const &options, RUN_STATE &state, RUN_DISPLAY *display)
+std::vector<QString> choose_actions(PLAN const &plan, RUN_STATE &state)
+{
+    return chosen_with_others(plan, [&](PLANNED_ACTION const &planned) {
+        return planned.action->error().isEmpty() ? state.stale_reason(planned) : QStringLiteral("it cannot be planned");
+    });
+}
+
+static QVector<PLANNED_ACTION const *> chosen_actions(PLAN const &plan, std::vector<QString> const &reasons)
 {
     QVector<PLANNED_ACTION const *> chosen;
     for (PLANNED_ACTION const &planned : plan.actions)
         if (!reasons[std::size_t(planned.index)].isEmpty())
             chosen.append(&planned);
-    RUN_RESULT const result = RUN(plan, reasons, chosen, files, rules, options, state, display).run();
-    files.table.settle();
+    return chosen;
+}
+
+RUN_RESULT run_plan(PLAN const &plan, std::vector<QString> const &reasons, FILE_TREE &files, RULE_STORE &rules,
+                    RUN_OPTIONS const &options, RUN_STATE &state, RUN_DISPLAY *display)
+{
+    auto const run = [&](std::vector<QString> const &why, QVector<PLANNED_ACTION const *> const &chosen) {
+        RUN_RESULT result = RUN(plan, why, chosen, files, rules, options, state, display).run();
+        files.table.settle();
+        return result;
+    };
+    RUN_RESULT result = run(reasons, chosen_actions(plan, reasons));
+    if (!result.books_kept)
+        return result;
+    if (result.good()) {
+        std::vector<QString> const why =
+            chosen_with_others(plan, [&](PLANNED_ACTION const &planned) { return state.late_reason(planned); });
+        QVector<PLANNED_ACTION const *> const late = chosen_actions(plan, why);
+        if (!late.isEmpty()) {
+            RUN_RESULT const again = run(why, late);
+            result.done -= late.size() - again.done;
+            result.failed = again.failed;
+            result.left_out = again.left_out;
+            result.interrupted = again.interrupted;
+            result.books_kept = again.books_kept;
+            for (PLANNED_ACTION const *const action : late)
+                result.statuses[std::size_t(action->index)] = again.statuses[std::size_t(action->index)];
+        }
+    }
+    result.books_kept &= state.run_ends();
     return result;
 }

@@ -31,15 +31,22 @@ public:
     // An action that was scheduled and did not run because of another's failure, or because the run was broken off.
     virtual void action_left_out(PLANNED_ACTION const &action) = 0;
 
+    // Once all chosen actions have ended well: why this one must run again in the same run, as stale_reason. Of an
+    // action that ran before another one made what it was looking for.
+    virtual QString late_reason(PLANNED_ACTION const &) { return {}; }
+
     // After the last action, on the caller's thread. False if the books could not be finished.
     virtual bool run_ends() = 0;
 };
+
+// What came of a look-up of the file table. The last: no path of the table is this one in lower case.
+enum class LOOK_UP { FOUND, ABSENT, ABSENT_FOLDED };
 
 // What the running action looks at, told on its own thread. The file table, the rules and the depot calls report to the
 // watch of the thread that asks; a thread without a watch costs them one test of a pointer.
 class RUN_WATCH {
 public:
-    virtual void file_looked_up(LOGICAL_PATH const &path, bool found) = 0;
+    virtual void file_looked_up(LOGICAL_PATH const &path, LOOK_UP answer) = 0;
     // A rule was asked for. `path` is empty for that of the whole tree. Whether it exists counts as read.
     virtual void rule_asked(LOGICAL_PATH const &path, QString const &kind, RULE const &rule) = 0;
     // A property of a rule that was asked for, perhaps while planning, and that exists. Its value: rule_answer.

@@ -28,5 +28,8 @@ struct FILE_ENTRY {
 
 using FILE_TABLE = LOCKABLE_MAP<LOGICAL_PATH, FILE_ENTRY *>;
 
-// A look-up of the table by the action that runs on this thread: the host keeps what was asked for, found or not.
+// A look-up of the table by the action that runs on this thread: the host keeps what was asked for, found or not, and
+// runs the action again when the answer changes. The file's contents do not count, unless it is opened too.
 HOST_API void note_look_up(LOGICAL_PATH const &path, bool found);
+// The same for a path that was not found in any case of its letters.
+HOST_API void note_folded_look_up(LOGICAL_PATH const &path);

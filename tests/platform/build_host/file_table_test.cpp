@@ -18,7 +18,10 @@ QStringList keys(FILE_TABLE const &files)
 
 class LOOK_UPS final : public RUN_WATCH {
 public:
-    void file_looked_up(LOGICAL_PATH const &path, bool found) override { seen.append((found ? "+" : "-") + path); }
+    void file_looked_up(LOGICAL_PATH const &path, LOOK_UP answer) override
+    {
+        seen.append((answer == LOOK_UP::FOUND ? "+" : "-") + path);
+    }
     void rule_asked(LOGICAL_PATH const &, QString const &, RULE const &) override {}
     void property_read(RULE_DATA const &, QString const &) override {}
     void file_booked(PHYSICAL_PATH const &, bool) override {}
