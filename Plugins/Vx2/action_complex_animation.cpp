@@ -10,6 +10,7 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
+#include <QtCore/QMap>
 
 using TOOLDATABUILDER::BONE_NAME_TABLE;
 using VEX2_LOADER::VEX2;
@@ -43,20 +44,26 @@ void ACTION_COMPLEX_ANIMATION::get_affected_files(QVector<LOGICAL_PATH> &sources
 {
     get_source_files(sources, files);
 
-    QString const folder = get_target() + "/";
-    auto const add_target = [&](QString const &name) {
-        PHYSICAL_PATH const file(folder + name);
-        targets.append(TARGET_FILE(file, PATHS::logical_path(file), false));
-    };
-    int const targets_before = targets.size();
+    PHYSICAL_PATH const folder(get_target() + "/");
     LOGICAL_PATH const prefix(PATHS::logical_path(get_target()) + "/");
+    QMap<LOGICAL_PATH, PHYSICAL_PATH> animations;
     for (auto entry = files.lowerBound(prefix); entry != files.end() && entry.key().startsWith(prefix); ++entry)
         if (entry.key().endsWith(QLatin1String(".anim")))
-            targets.append(TARGET_FILE(entry.value()->physical, entry.key(), false));
-    if (targets.size() == targets_before)
-        add_target(animation_name(1));
-    add_target(QStringLiteral("tool_spec.xml"));
-    add_target(QStringLiteral("user_spec.xml"));
+            animations.insert(entry.key(), entry.value()->physical);
+    // The walk does not meet what has come while actions run: the animations of this action itself.
+    for (std::size_t number = 1;; ++number) {
+        LOGICAL_PATH const file(prefix + animation_name(number));
+        FILE_ENTRY const *const entry = files.peek(file);
+        if (entry == nullptr)
+            break;
+        animations.insert(file, entry->physical);
+    }
+    if (animations.isEmpty())
+        animations.insert(LOGICAL_PATH(prefix + animation_name(1)), PHYSICAL_PATH(folder + animation_name(1)));
+    for (auto animation = animations.begin(); animation != animations.end(); ++animation)
+        targets.append(TARGET_FILE(animation.value(), animation.key(), false));
+    for (char const *const spec : {"tool_spec.xml", "user_spec.xml"})
+        targets.append(TARGET_FILE(PHYSICAL_PATH(folder + spec), LOGICAL_PATH(prefix + spec), false));
 }
 
 bool ACTION_COMPLEX_ANIMATION::convert(PHYSICAL_PATH const &from, PHYSICAL_PATH const &to, RULE_CACHE const &rules,

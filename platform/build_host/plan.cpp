@@ -280,8 +280,6 @@ private:
             all = mix(all, std::uint64_t(planned.time));
             for (LOGICAL_PATH const &source : planned.sources)
                 all = mix_text(all, source);
-            for (TARGET_FILE const &target : planned.targets)
-                all = mix_text(all, target.logical);
             if (!planned.sources.isEmpty()) {
                 if (planned.sources.first() != last_source) {
                     last_source = planned.sources.first();

@@ -17,8 +17,8 @@ struct PLANNED_ACTION {
     QVector<TARGET_FILE> targets;
     qint64 time = 0;  // as the action declared it
     // Changes when something other than file contents calls for a new run: the converter's version, the rule values
-    // that planning read for the sources, the declared files, the error, the database rows and other actions that this
-    // one pulls.
+    // that planning read for the sources, the declared sources, the error, the database rows and other actions that
+    // this one pulls. What the action writes counts besides, as it is declared at the time.
     std::uint64_t signature = 0;
     // Writes at least one file that is not its own source. An action without products is never out of date by
     // itself: others bring it in, or a run that was broken off owes it.
