@@ -40,16 +40,6 @@ std::uint64_t whole_signature(PLANNED_ACTION const &action, QVector<TARGET_FILE>
     return all;
 }
 
-// The signature together with what the action writes: declared when it is planned, or, where only the work shows what
-// comes of it, afterwards, as the next plan will find it.
-std::uint64_t whole_signature(PLANNED_ACTION const &action, QVector<TARGET_FILE> const &targets)
-{
-    std::uint64_t all = action.signature;
-    for (TARGET_FILE const &target : targets)
-        all = mix_text(all, target.logical);
-    return all;
-}
-
 TEXT_KIND name_kind(QString const &product)
 {
     return product.startsWith(QLatin1Char('<')) ? TEXT_KIND::PATH : TEXT_KIND::OUTSIDE_PATH;
@@ -397,7 +387,6 @@ void BUILD_STATE::keep_books(PLANNED_ACTION const &action, ACTION_ACCOUNT const 
     QVector<TARGET_FILE> declared;
     qint64 time = 0;
     action.action->get_affected_files(declared_sources, declared, time, files, rules);
-    row.signature = whole_signature(action, declared);
     row.signature = whole_signature(action, declared);
     std::unordered_set<std::uint64_t> declared_ids;
     for (TARGET_FILE const &target : declared)
