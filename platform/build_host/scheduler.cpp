@@ -1,19 +1,7 @@
 #include "platform/build_host/scheduler.h"
 
 #include <algorithm>
-#include <emmintrin.h>
-#include <thread>
 #include <utility>
-
-void SPIN_LOCK::lock()
-{
-    for (int tries = 1; is_held.exchange(true, std::memory_order_acquire); ++tries) {
-        if (tries % 64 == 0)
-            std::this_thread::yield();  // its holder has lost the core
-        else
-            _mm_pause();
-    }
-}
 
 SCHEDULER::SCHEDULER(PLAN const &whole, QVector<PLANNED_ACTION const *> const &chosen, int worker_count)
     : plan(whole), turns(whole.actions.size()), workers(std::size_t(worker_count)), left(chosen.size())

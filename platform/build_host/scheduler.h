@@ -7,6 +7,7 @@
 // ready.
 #pragma once
 
+#include "foundation/spin_lock.h"
 #include "platform/build_host/plan.h"
 
 #include <atomic>
@@ -14,17 +15,6 @@
 #include <condition_variable>
 #include <mutex>
 #include <queue>
-
-// Held for a few instructions at a time.
-class SPIN_LOCK {
-public:
-    void lock();
-    // Sequentially consistent: a worker that has left work in a queue then looks for sleepers.
-    void unlock() { is_held.store(false, std::memory_order_seq_cst); }
-
-private:
-    std::atomic<bool> is_held = false;
-};
 
 class SCHEDULER {
 public:
@@ -52,13 +42,13 @@ private:
     };
 
     struct GROUP {
-        SPIN_LOCK lock;
+        KN::SpinLock lock;
         bool is_busy = false;
         LIST_ORDER waiting;  // ready but for the group
     };
 
     struct alignas(64) WORKER {
-        SPIN_LOCK lock;
+        KN::SpinLock lock;
         LIST_ORDER ready;  // under the lock
         // The worker's own:
         int preferred = -1;  // next of the group that it has just served, which it still holds
