@@ -72,6 +72,64 @@ TEST_F(BUILT_TREE, EveryChangeRunsWhatDependsOnItAndNothingElse)
     EXPECT_EQ(read("working_data/made/c.out"), "C+");
 }
 
+// "made/c.out.shared" is a file that nobody declares. It comes after `a` has looked for it, and in another case than
+// `b` looks for.
+TEST_F(BUILT_TREE, LookUpsCountByTheirAnswers)
+{
+    write(a_text, "look made/C.out\nlook made/C.out.shared\nlook gone");
+    write("raw_data/b.txt", "fold MADE/c.out.SHARED\nfold gone");
+    write("raw_data/C.txt", "publish");
+    BUILD const first = build();
+    EXPECT_TRUE(first.good);
+    EXPECT_EQ(first.run, QStringList({"C", "a", "b"}));
+    struct CHANGE {
+        char const *what;
+        std::function<void()> make;
+        QStringList run;
+        char const *a, *b;  // what came out behind the texts
+    };
+    CHANGE const changes[] = {
+        {"nothing", [] {}, {}, "++-", "+-"},
+        {"the contents", [&] { write("raw_data/C.txt", "publish more"); }, {"C"}, "++-", "+-"},
+        {"a file comes", [&] { write("working_data/Gone", "?"); }, {"b"}, "++-", "++"},
+        {"and goes", [&] { QFile::remove(path("working_data/Gone")); }, {"b"}, "++-", "+-"},
+        {"one that is only planned", [&] { write("raw_data/gone.txt", ""); }, {"gone"}, "++-", "+-"},
+        {"one that nobody declares goes, and is made again",
+         [&] { QFile::remove(path("working_data/made/C.out.shared")); },
+         {"C", "a", "b"},
+         "++-",
+         "+-"},
+        {"one goes with what made it",
+         [&] {
+             QFile::remove(path("raw_data/C.txt"));
+             QFile::remove(path("working_data/made/C.out"));
+             QFile::remove(path("working_data/made/C.out.shared"));
+         },
+         {"a", "b"},
+         "---",
+         "--"},
+    };
+    for (CHANGE const &change : changes) {
+        SCOPED_TRACE(change.what);
+        change.make();
+        EXPECT_EQ(build().run, change.run);
+        EXPECT_EQ(read("working_data/made/a.out"), read(a_text) + change.a);
+        EXPECT_EQ(read("working_data/made/b.out"), read("raw_data/b.txt") + change.b);
+    }
+}
+
+// Those that looked for a file run again once it has come, whatever the case of its name.
+TEST_F(BUILT_TREE, WhatComesTooLateIsLookedForAgain)
+{
+    write(a_text, "look made/z.out.shared\nlook made/z.out");
+    write("raw_data/b.txt", "fold MADE/z.out.SHARED");
+    write("raw_data/z.txt", "publish");
+    EXPECT_TRUE(build().good);
+    EXPECT_EQ(read("working_data/made/a.out"), read(a_text) + "++");
+    EXPECT_EQ(read("working_data/made/b.out"), read("raw_data/b.txt") + "+");
+    EXPECT_EQ(build().run, QStringList());
+}
+
 TEST_F(BUILT_TREE, AFileOfWhichOnlyTheTimeChangedIsReadOnceAndBuiltNever)
 {
     write(a_text, "a");

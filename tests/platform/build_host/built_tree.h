@@ -1,5 +1,6 @@
 // A small tree on disk with a processor of its own, built as mox builds: for tests of what a build remembers. A source
-// "x.txt" becomes "x.out" in the folder that its rule names; a line "use NAME" in it takes in the file NAME beside it.
+// "x.txt" becomes "x.out" in the folder that its rule names; a line "use NAME" in it takes in the file NAME beside it,
+// and "look NAME" or "fold NAME" tells whether the file table has <working>/NAME, with regard to case or without.
 #pragma once
 
 #include "Plugins/Vx2/host/action_convert.h"
@@ -55,6 +56,13 @@ public:
                 made += more;
             }
         }
+        for (QString const &line : QString::fromStdString(text).split('\n')) {
+            LOGICAL_PATH const path("<working>/" + line.section(' ', 1));
+            if (line.startsWith("look "))
+                made += files.contains(path) ? '+' : '-';
+            else if (line.startsWith("fold "))
+                made += folded_look_up(path, files) ? '+' : '-';
+        }
         KN::String error;
         bool const written = KN::write_finished_file(disk_name(to), made, error);
         if (text.find("fail") != std::string::npos)
@@ -71,6 +79,18 @@ public:
         return written;
     }
     static inline std::function<void(TEXT_ACTION &)> before_work;
+
+private:
+    static bool folded_look_up(LOGICAL_PATH const &path, FILE_TABLE const &files)
+    {
+        for (auto entry = files.begin(); entry != files.end(); ++entry)
+            if (entry.key().compare(path, Qt::CaseInsensitive) == 0) {
+                note_look_up(entry.key(), true);
+                return true;
+            }
+        note_folded_look_up(path);
+        return false;
+    }
 };
 
 class TEXT_PROCESSOR : public COMPLEX_ASSET_PROCESSOR {
