@@ -17,6 +17,16 @@ TEST_F(BUILT_TREE, NothingToDoRunsNothingAndReadsNoContents)
     EXPECT_TRUE(second.good);
 }
 
+TEST_F(BUILT_TREE, WhatIsDeclaredOnlyAfterTheWorkIsNoChange)
+{
+    write(a_text, "grow");
+    EXPECT_EQ(build().run, QStringList("a"));
+    EXPECT_EQ(build().run, QStringList());
+    QFile::remove(path("working_data/made/a.out.grown"));
+    EXPECT_EQ(build().run, QStringList("a"));
+    EXPECT_EQ(build().run, QStringList());
+}
+
 // Each change of a settled tree, what it makes run, and why.
 TEST_F(BUILT_TREE, EveryChangeRunsWhatDependsOnItAndNothingElse)
 {

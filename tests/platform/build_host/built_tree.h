@@ -34,6 +34,15 @@ public:
         set_target_extension(QStringLiteral(".out"));
     }
     QString get_name(bool) const override { return QStringLiteral("Copy ") + target_stem(); }
+    // What "grow" writes is declared as soon as it is known.
+    void get_affected_files(QVector<LOGICAL_PATH> &sources, QVector<TARGET_FILE> &targets, qint64 &time,
+                            FILE_TABLE const &files, RULE_CACHE const &rules) const override
+    {
+        ACTION_CONVERT::get_affected_files(sources, targets, time, files, rules);
+        PHYSICAL_PATH const grown(get_target() + ".grown");
+        if (files.peek(PATHS::logical_path(grown)) != nullptr)
+            targets.append(TARGET_FILE(grown, PATHS::logical_path(grown), false));
+    }
     bool convert(PHYSICAL_PATH const &from, PHYSICAL_PATH const &to, RULE_CACHE const &rules,
                  FILE_TABLE const &files) override
     {
@@ -71,6 +80,10 @@ public:
             QFile::remove(to);
         if (text.find("publish") != std::string::npos && !KN::exists(disk_name(to) + ".shared"))
             KN::write_finished_file(disk_name(to) + ".shared", "shared", error);  // as a library does, unbooked
+        if (text.find("grow") != std::string::npos) {
+            KN::write_finished_file(disk_name(to) + ".grown", made, error);
+            add_to_perforce(PHYSICAL_PATH(to + ".grown"), files, false, {});
+        }
         if (text.find("extra") != std::string::npos) {
             KN::write_finished_file(disk_name(to) + ".extra", made, error);
             // Converters may join paths with a backslash.
