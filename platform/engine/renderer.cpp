@@ -1,12 +1,15 @@
 #include "platform/engine/renderer.h"
 
+#include "foundation/fp_state.h"
 #include "foundation/messages.h"
 #include "support/camera/camera.h"
 #include "support/camera/view_volume.h"
+#include "support/parallel/parallel_range.h"
 
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <thread>
 
 namespace KESTREL {
 
@@ -134,15 +137,14 @@ private:
         // Half a pixel, since several samples share it.
         float const pixel = 0.5f * (sight.near_pixel + (sight.far_pixel - sight.near_pixel) * behind);
 
-        float colour[3], seen[3], flat[3];
+        float colour[3], seen[3];
         part.colour(hit.place, pixel, colour);
         part.normal(hit.place, pixel, seen);
-        part.triangle_normal(hit.place.triangle, flat);
         scene.turn(hit, seen);
-        scene.turn(hit, flat);
-        // A surface shows its other side to who stands behind it.
-        float const side = dot(VECTOR3{flat[0], flat[1], flat[2]}, direction) > 0 ? -1.0f : 1.0f;
-        VECTOR3 const normal = normalised(VECTOR3{seen[0], seen[1], seen[2]}) * side;
+        VECTOR3 normal = normalised(VECTOR3{seen[0], seen[1], seen[2]});
+        // What is seen faces the viewer: leaves have two sides, and textures keep only two parts of a normal.
+        if (dot(normal, direction) > 0)
+            normal = -normal;
         VECTOR3 const point = origin + direction * hit.distance;
 
         ++sum.hits;
@@ -164,12 +166,21 @@ private:
 
 bool render(RAY_SCENE const &scene, SUPPORT::CAMERA const &camera, unsigned samples, FILM &film)
 {
+    KN::FpStateScope const fixed_arithmetic;  // as the workers have it
     RENDERER const renderer(scene, camera, samples, film);
-    for (unsigned y = 0; y < film.height(); ++y) {
-        if (!KN::goes_on())
-            return false;
-        renderer.render_row(y);
-    }
+    std::atomic<bool> goes_on = true;
+    std::thread::id const caller = std::this_thread::get_id();
+    SUPPORT::parallel_for({0, film.height()}, [&](SUPPORT::INDEX_RANGE const &rows) {
+        for (unsigned y = rows.begin; y < rows.end; ++y) {
+            if (std::this_thread::get_id() == caller && !KN::goes_on())  // only the caller's thread knows
+                goes_on.store(false, std::memory_order_relaxed);
+            if (!goes_on.load(std::memory_order_relaxed))
+                return;
+            renderer.render_row(y);
+        }
+    });
+    if (!goes_on)
+        return false;
     film.spread_colours();
     return true;
 }
