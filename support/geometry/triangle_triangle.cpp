@@ -6,108 +6,107 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
+#include <emmintrin.h>
 
 namespace SUPPORT {
 
 namespace {
 
 struct DOUBLE3 {
-    double x, y, z;
+    double axis[3];
 
-    DOUBLE3(double given_x, double given_y, double given_z) : x(given_x), y(given_y), z(given_z) {}
-    DOUBLE3(VECTOR3 const &v) : x(v.x), y(v.y), z(v.z) {}
+    DOUBLE3(double x, double y, double z) : axis{x, y, z} {}
+    DOUBLE3(VECTOR3 const &v) : axis{v.x, v.y, v.z} {}
 
-    bool is_zero() const { return x == 0 && y == 0 && z == 0; }
+    bool is_zero() const { return axis[0] == 0 && axis[1] == 0 && axis[2] == 0; }
 };
 
-DOUBLE3 operator-(DOUBLE3 const &a, DOUBLE3 const &b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
-double dot(DOUBLE3 const &a, DOUBLE3 const &b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+DOUBLE3 operator-(DOUBLE3 const &a, DOUBLE3 const &b)
+{
+    return {a.axis[0] - b.axis[0], a.axis[1] - b.axis[1], a.axis[2] - b.axis[2]};
+}
+double dot(DOUBLE3 const &a, DOUBLE3 const &b)
+{
+    return a.axis[0] * b.axis[0] + a.axis[1] * b.axis[1] + a.axis[2] * b.axis[2];
+}
 DOUBLE3 cross(DOUBLE3 const &a, DOUBLE3 const &b)
 {
-    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+    return {a.axis[1] * b.axis[2] - a.axis[2] * b.axis[1], a.axis[2] * b.axis[0] - a.axis[0] * b.axis[2],
+            a.axis[0] * b.axis[1] - a.axis[1] * b.axis[0]};
+}
+
+unsigned largest_axis(DOUBLE3 const &v)
+{
+    double const x = std::abs(v.axis[0]), y = std::abs(v.axis[1]), z = std::abs(v.axis[2]);
+    return z > std::max(x, y) ? 2 : unsigned(y > x);
 }
 
 // A triangle in 64-bit floats, and how far its corners are from the other triangle's plane, in units of that plane's
-// normal.
+// normal. Which corners are how is a set of bits, so that no branch has to be guessed.
 struct CUT_TRIANGLE {
-    DOUBLE3 corner[3];
+    TRIANGLE3 const &triangle;
     double distance[3];
+    unsigned above, below;
 
-    explicit CUT_TRIANGLE(TRIANGLE3 const &t) : corner{t.corners[0], t.corners[1], t.corners[2]} {}
+    explicit CUT_TRIANGLE(TRIANGLE3 const &t) : triangle(t) {}
 
-    DOUBLE3 edge(unsigned i) const { return corner[(i + 1) % 3] - corner[i]; }
-    DOUBLE3 normal() const { return cross(corner[1] - corner[0], corner[2] - corner[0]); }
+    DOUBLE3 corner(unsigned i) const { return triangle.corners[i]; }
+    double coordinate(unsigned i, unsigned axis) const { return (&triangle.corners[i].x)[axis]; }
+    DOUBLE3 edge(unsigned i) const { return corner((i + 1) % 3) - corner(i); }
+    DOUBLE3 normal() const { return cross(edge(0), corner(2) - corner(0)); }
 
     // False if all corners are on one side of the plane through `point`.
     bool cut_by(DOUBLE3 const &plane_normal, DOUBLE3 const &point)
     {
-        for (unsigned i = 0; i < 3; ++i)
-            distance[i] = dot(plane_normal, corner[i] - point);
-        bool const above = distance[0] > 0 && distance[1] > 0 && distance[2] > 0;
-        bool const below = distance[0] < 0 && distance[1] < 0 && distance[2] < 0;
-        return !above && !below;
+        above = below = 0;
+        for (unsigned i = 0; i < 3; ++i) {
+            distance[i] = dot(plane_normal, corner(i) - point);
+            above |= unsigned(distance[i] > 0) << i;
+            below |= unsigned(distance[i] < 0) << i;
+        }
+        return above != 7 && below != 7;
     }
-    bool in_plane() const { return distance[0] == 0 && distance[1] == 0 && distance[2] == 0; }
+    bool in_plane() const { return (above | below) == 0; }
+
+    // The corner that is alone on its side of the plane, where the plane counts as above it, or else as below. Not for
+    // a triangle that lies in the plane.
+    unsigned lone_corner() const
+    {
+        static unsigned char const lone[8] = {0, 0, 1, 2, 2, 1, 0, 0};
+        return lone[below != 0 ? below : above];
+    }
 };
-
-double coordinate(DOUBLE3 const &v, unsigned axis) { return axis == 0 ? v.x : axis == 1 ? v.y : v.z; }
-
-unsigned largest_axis(DOUBLE3 const &v)
-{
-    double const x = std::abs(v.x), y = std::abs(v.y), z = std::abs(v.z);
-    return x >= y && x >= z ? 0 : y >= z ? 1 : 2;
-}
 
 // Where an edge crosses the other plane: the position numerator / denominator on the line, the denominator positive.
 struct CROSSING {
     double numerator, denominator;
-    unsigned from, to;  // corners of the edge
 
-    CROSSING(CUT_TRIANGLE const &t, unsigned axis, unsigned from_corner, unsigned to_corner)
-        : from(from_corner), to(to_corner)
+    CROSSING(CUT_TRIANGLE const &t, unsigned axis, unsigned from, unsigned to)
     {
         double const d0 = t.distance[from], d1 = t.distance[to];
-        double const sign = d0 < d1 ? -1 : 1;
-        numerator = sign * (coordinate(t.corner[to], axis) * d0 - coordinate(t.corner[from], axis) * d1);
-        denominator = sign * (d0 - d1);
-    }
-
-    bool operator<(CROSSING const &other) const
-    {
-        return numerator * other.denominator < other.numerator * denominator;
-    }
-
-    DOUBLE3 point(CUT_TRIANGLE const &t) const
-    {
-        double const part = t.distance[from] / (t.distance[from] - t.distance[to]);
-        DOUBLE3 const &a = t.corner[from], &b = t.corner[to];
-        return {a.x + (b.x - a.x) * part, a.y + (b.y - a.y) * part, a.z + (b.z - a.z) * part};
+        double const n = t.coordinate(to, axis) * d0 - t.coordinate(from, axis) * d1;
+        numerator = d0 < d1 ? -n : n;
+        denominator = std::abs(d0 - d1);
     }
 };
 
-// The corner that is alone on its side of the plane, or on the plane alone. Not for a triangle that lies in the plane.
-unsigned lone_corner(CUT_TRIANGLE const &t)
-{
-    double const *const d = t.distance;
-    if (d[0] * d[1] > 0)
-        return 2;
-    if (d[0] * d[2] > 0)
-        return 1;
-    if (d[1] * d[2] > 0 || d[0] != 0)
-        return 0;
-    return d[1] != 0 ? 1 : 2;
-}
-
-// The part of the line within a triangle.
+// The part of the line within a triangle: between where the two edges of one corner cross the other plane.
 struct INTERVAL {
-    CROSSING low, high;
+    unsigned from, to[2];
+    CROSSING ends[2];
 
     INTERVAL(CUT_TRIANGLE const &t, unsigned axis, unsigned lone)
-        : low(t, axis, lone, (lone + 1) % 3), high(t, axis, lone, (lone + 2) % 3)
+        : from(lone), to{(lone + 1) % 3, (lone + 2) % 3}, ends{{t, axis, from, to[0]}, {t, axis, from, to[1]}}
+    {}
+
+    VECTOR3 end_point(CUT_TRIANGLE const &t, unsigned end) const
     {
-        if (high < low)
-            std::swap(low, high);
+        double const part = t.distance[from] / (t.distance[from] - t.distance[to[end]]);
+        auto const at = [&](unsigned axis) {
+            double const a = t.coordinate(from, axis), b = t.coordinate(to[end], axis);
+            return float(a + (b - a) * part);
+        };
+        return {at(0), at(1), at(2)};
     }
 };
 
@@ -145,12 +144,12 @@ bool strictly_inside(FLAT const &point, FLAT const (&t)[3])
     return (a > 0 && b > 0 && c > 0) || (a < 0 && b < 0 && c < 0);
 }
 
-bool coplanar_meet(CUT_TRIANGLE const &a, CUT_TRIANGLE const &b, DOUBLE3 const &normal)
+[[gnu::noinline]] bool coplanar_meet(CUT_TRIANGLE const &a, CUT_TRIANGLE const &b, DOUBLE3 const &normal)
 {
     unsigned const dropped = largest_axis(normal), first = (dropped + 1) % 3, second = (dropped + 2) % 3;
-    auto const flat = [&](DOUBLE3 const &v) { return FLAT{coordinate(v, first), coordinate(v, second)}; };
-    FLAT const p[3] = {flat(a.corner[0]), flat(a.corner[1]), flat(a.corner[2])};
-    FLAT const q[3] = {flat(b.corner[0]), flat(b.corner[1]), flat(b.corner[2])};
+    auto const flat = [&](DOUBLE3 const &v) { return FLAT{v.axis[first], v.axis[second]}; };
+    FLAT const p[3] = {flat(a.corner(0)), flat(a.corner(1)), flat(a.corner(2))};
+    FLAT const q[3] = {flat(b.corner(0)), flat(b.corner(1)), flat(b.corner(2))};
     for (unsigned i = 0; i < 3; ++i)
         for (unsigned j = 0; j < 3; ++j)
             if (edges_meet(p[i], p[(i + 1) % 3], q[j], q[(j + 1) % 3]))
@@ -160,18 +159,18 @@ bool coplanar_meet(CUT_TRIANGLE const &a, CUT_TRIANGLE const &b, DOUBLE3 const &
 
 // A plane through triangle `a`, whose corners lie on a line, that is not the plane of `b`, or that holds both where one
 // does. With b on a line too, the normal stands square on both lines.
-DOUBLE3 normal_beside(CUT_TRIANGLE const &a, CUT_TRIANGLE const &b, DOUBLE3 const &normal_b)
+[[gnu::noinline]] DOUBLE3 normal_beside(CUT_TRIANGLE const &a, CUT_TRIANGLE const &b, DOUBLE3 const &normal_b)
 {
     DOUBLE3 along = a.edge(0).is_zero() ? a.edge(1) : a.edge(0);
     if (along.is_zero())  // a is a point
         along = b.edge(0).is_zero() ? b.edge(1) : b.edge(0);
     if (along.is_zero())  // b too
-        along = b.corner[0] - a.corner[0];
+        along = b.corner(0) - a.corner(0);
     DOUBLE3 candidate = cross(along, normal_b);
     for (unsigned i = 0; i < 3 && candidate.is_zero(); ++i)
         candidate = cross(along, b.edge(i));
     for (unsigned i = 0; i < 3 && candidate.is_zero(); ++i)
-        candidate = cross(along, b.corner[i] - a.corner[0]);
+        candidate = cross(along, b.corner(i) - a.corner(0));
     if (candidate.is_zero()) {  // all on one line
         unsigned const axis = largest_axis(along);
         candidate = cross(along, {axis == 2 ? 1.0 : 0.0, axis == 0 ? 1.0 : 0.0, axis == 1 ? 1.0 : 0.0});
@@ -179,32 +178,88 @@ DOUBLE3 normal_beside(CUT_TRIANGLE const &a, CUT_TRIANGLE const &b, DOUBLE3 cons
     return candidate;
 }
 
+bool comes_before(CROSSING const &a, CROSSING const &b)
+{
+    return a.numerator * b.denominator < b.numerator * a.denominator;
+}
+
+// Whether the intervals are apart: every end of one before every end of the other.
+bool apart(INTERVAL const &a, INTERVAL const &b)
+{
+    unsigned before = 0, behind = 0;
+    for (CROSSING const &end_a : a.ends)
+        for (CROSSING const &end_b : b.ends) {
+            before += comes_before(end_a, end_b);
+            behind += comes_before(end_b, end_a);
+        }
+    return before == 4 || behind == 4;
+}
+
+// What two intervals that are not apart have in common: of their four ends the middle two.
+[[gnu::noinline]] SEGMENT3 overlap(CUT_TRIANGLE const &a, INTERVAL const &on_a, CUT_TRIANGLE const &b,
+                                   INTERVAL const &on_b)
+{
+    struct END {
+        CROSSING crossing;
+        VECTOR3 point;
+    } ends[4] = {{on_a.ends[0], on_a.end_point(a, 0)},
+                 {on_a.ends[1], on_a.end_point(a, 1)},
+                 {on_b.ends[0], on_b.end_point(b, 0)},
+                 {on_b.ends[1], on_b.end_point(b, 1)}};
+    std::sort(ends, ends + 4, [](END const &x, END const &y) { return comes_before(x.crossing, y.crossing); });
+    return {ends[1].point, ends[2].point};
+}
+
+// Whether the boxes around the triangles are apart.
+bool boxes_apart(TRIANGLE3 const &a, TRIANGLE3 const &b)
+{
+    struct BOX {
+        __m128 low, high;  // x, y, z; anything
+
+        explicit BOX(TRIANGLE3 const &t)
+        {
+            float const *const numbers = &t.corners[0].x;
+            __m128 const first = _mm_loadu_ps(numbers), second = _mm_loadu_ps(numbers + 3);
+            __m128 const end = _mm_loadu_ps(numbers + 5);  // nothing behind the last number is read
+            __m128 const third = _mm_shuffle_ps(end, end, _MM_SHUFFLE(3, 3, 2, 1));
+            low = _mm_min_ps(_mm_min_ps(first, second), third);
+            high = _mm_max_ps(_mm_max_ps(first, second), third);
+        }
+    };
+    BOX const box_a(a), box_b(b);
+    __m128 const apart = _mm_or_ps(_mm_cmplt_ps(box_a.high, box_b.low), _mm_cmplt_ps(box_b.high, box_a.low));
+    return (_mm_movemask_ps(apart) & 7) != 0;
+}
+
 // What the two functions share. `segment` may be null.
-bool meet(TRIANGLE3 const &first, TRIANGLE3 const &second, bool &coplanar, SEGMENT3 *segment)
+[[gnu::noinline]] bool meet(TRIANGLE3 const &first, TRIANGLE3 const &second, bool &coplanar, SEGMENT3 *segment)
 {
     coplanar = false;
     CUT_TRIANGLE a(first), b(second);
-    DOUBLE3 normal_a = a.normal(), normal_b = b.normal();
-    if (normal_a.is_zero()) [[unlikely]]
-        normal_a = normal_beside(a, b, normal_b);
-    if (normal_b.is_zero()) [[unlikely]]
-        normal_b = normal_beside(b, a, normal_a);
-
-    if (!b.cut_by(normal_a, a.corner[0]) || !a.cut_by(normal_b, b.corner[0]))
+    DOUBLE3 normal_a = a.normal();
+    if (!b.cut_by(normal_a, a.corner(0)))
         return false;
+    DOUBLE3 normal_b = b.normal();
+    if (!a.cut_by(normal_b, b.corner(0)))
+        return false;
+    if (normal_a.is_zero() || normal_b.is_zero()) [[unlikely]] {
+        if (normal_a.is_zero())
+            normal_a = normal_beside(a, b, normal_b);
+        if (normal_b.is_zero())
+            normal_b = normal_beside(b, a, normal_a);
+        if (!b.cut_by(normal_a, a.corner(0)) || !a.cut_by(normal_b, b.corner(0)))
+            return false;
+    }
     coplanar = a.in_plane() || b.in_plane();
     if (coplanar)
         return coplanar_meet(a, b, a.in_plane() ? normal_b : normal_a);
 
     unsigned const axis = largest_axis(cross(normal_a, normal_b));
-    INTERVAL const on_a(a, axis, lone_corner(a)), on_b(b, axis, lone_corner(b));
-    if (on_a.high < on_b.low || on_b.high < on_a.low)
+    INTERVAL const on_a(a, axis, a.lone_corner()), on_b(b, axis, b.lone_corner());
+    if (apart(on_a, on_b))
         return false;
-    if (segment != nullptr) {
-        DOUBLE3 const start = on_a.low < on_b.low ? on_b.low.point(b) : on_a.low.point(a);
-        DOUBLE3 const end = on_b.high < on_a.high ? on_b.high.point(b) : on_a.high.point(a);
-        *segment = {{float(start.x), float(start.y), float(start.z)}, {float(end.x), float(end.y), float(end.z)}};
-    }
+    if (segment != nullptr)
+        *segment = overlap(a, on_a, b, on_b);
     return true;
 }
 
@@ -213,12 +268,13 @@ bool meet(TRIANGLE3 const &first, TRIANGLE3 const &second, bool &coplanar, SEGME
 bool triangle_triangle(TRIANGLE3 const &a, TRIANGLE3 const &b)
 {
     bool coplanar;
-    return meet(a, b, coplanar, nullptr);
+    return !boxes_apart(a, b) && meet(a, b, coplanar, nullptr);
 }
 
 bool triangle_triangle_with_segment(TRIANGLE3 const &a, TRIANGLE3 const &b, bool &coplanar, SEGMENT3 &overlap)
 {
-    return meet(a, b, coplanar, &overlap);
+    coplanar = false;
+    return !boxes_apart(a, b) && meet(a, b, coplanar, &overlap);
 }
 
 }  // namespace SUPPORT

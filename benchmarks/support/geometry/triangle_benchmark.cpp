@@ -11,7 +11,7 @@ using namespace SUPPORT;
 
 namespace {
 
-constexpr unsigned pair_count = 8192;
+constexpr unsigned pair_count = 1 << 17;  // more than a branch predictor keeps in mind
 
 std::vector<TRIANGLE3> make_pairs(float distance)
 {
@@ -45,10 +45,10 @@ void TriangleTriangle(benchmark::State &state)
     state.counters["meetings"] = double(ours) / pair_count;
     state.counters["to_theirs"] = times.ratio("ours", "theirs");
     state.counters["to_copy"] = times.ratio("ours", "copy");
-    if (ours == 0 || std::abs(int(ours - theirs)) > 2)  // theirs rounds to 32 bits
+    if (ours == 0 || std::abs(int(ours - theirs)) > 20)  // theirs rounds to 32 bits
         state.SkipWithError("the counts differ");
 }
 
 }  // namespace
 
-BENCHMARK(TriangleTriangle)->ArgName("tenths_apart")->Arg(3)->Arg(10)->Iterations(200);
+BENCHMARK(TriangleTriangle)->ArgName("tenths_apart")->Arg(3)->Arg(10)->Iterations(15);
