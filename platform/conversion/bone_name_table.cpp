@@ -27,7 +27,7 @@ constexpr std::size_t longest_name = 1024;  // bytes; an animation file has room
 KN::String bytes_of(QString const &text) { return text.toStdString(); }
 
 // Skeletons that have any nodes: of a scene that names none, and of a camera.
-bool is_built_in(KN::String const &skeleton) { return skeleton == "generic" || skeleton == "all"; }
+bool is_built_in(KN::String const &skeleton) { return skeleton.lower() == "generic" || skeleton.lower() == "all"; }
 
 // The path of the skeleton's file, whether that exists or not. Names have no case, file systems may.
 KN::String file_of(KN::String const &skeleton)

@@ -221,7 +221,7 @@ TEST(BoneNameTable, ReadsWhatIsWrittenOfAScene)
 TEST(BoneNameTable, BuiltInSkeletonsGiveWayToFiles)
 {
     RIG_TREE tree;
-    for (char const *const name : {"generic", "all"}) {
+    for (char const *const name : {"generic", "All"}) {
         TOOLDATABUILDER::BONE_NAME_TABLE const table(name);
         EXPECT_TRUE(table.valid && table.any_nodes && table.root_bone() == "root") << name;
     }
