@@ -277,3 +277,5 @@ public:
 } const rule_schema_vx2;
 
 }  // namespace
+
+SUPPORT::ANGLE_FUNCTIONS const &ANGLE_TABLE = SUPPORT::ANGLE_TABLE;

@@ -1,10 +1,11 @@
 // What the library brings up while it is being loaded, in one fixed order: the material type names, the tweaker, the
-// rule schemas. They live until it is unloaded; schemas and tweaker enter themselves with the host and take themselves
-// out again. One source file holds them all, because only within one file is the order certain.
+// rule schemas, the angle table. They live until it is unloaded; schemas and tweaker enter themselves with the host and
+// take themselves out again. One source file holds them all, because only within one file is the order certain.
 #pragma once
 
 #include "Plugins/Vx2/host/tweaker.h"
 #include "foundation/string.h"
+#include "support/maths/angle_table.h"
 
 // Names of the rigid material types by number; some stand more than once. Nothing here looks one up.
 inline constexpr unsigned RIGID_MATERIAL_TYPE_COUNT = 102;
@@ -27,3 +28,7 @@ public:
 };
 
 extern INTEGER_TWEAKER TREEBILLBOARD_PIXELSPERMETER;
+
+// Sine, cosine and tangent of every 16-bit angle: the one table of the process, which its own library has built before
+// anything of this one comes up.
+extern SUPPORT::ANGLE_FUNCTIONS const &ANGLE_TABLE;
