@@ -89,7 +89,7 @@ struct MODEL_PROCESSOR::STATE {
     void place_levels();
     MODEL_LEVEL_STATISTICS statistics_of(std::size_t level);
     void add_extras(std::vector<MODEL_LEVEL_STATISTICS> const &statistics);
-    void add_textures(KN::String const &target);
+    void add_textures(KN::String const &target, bool is_tree);
     std::vector<GLTF::GEOMETRY> finest_geometry();
 };
 
@@ -253,15 +253,18 @@ void MODEL_PROCESSOR::STATE::add_extras(std::vector<MODEL_LEVEL_STATISTICS> cons
         document.extras.emplace_back("skeleton", skeleton_name);
 }
 
-void MODEL_PROCESSOR::STATE::add_textures(KN::String const &target)
+void MODEL_PROCESSOR::STATE::add_textures(KN::String const &target, bool is_tree)
 {
     PHYSICAL_PATH const physical(QString::fromUtf8(source.c_str()));
     KN::String const raw(PATHS::raw_data().toStdString());
     KN::String const working(PATHS::target_working_data(physical).toStdString());
     KN::String const folder = texture_folder.empty() ? folder_of(target) : working + "/" + texture_folder;
     TEXTURE_FILES files(folder_of(source), raw, folder);
-    for (MODEL_MATERIAL const &material : materials)
+    for (MODEL_MATERIAL const &material : materials) {
         document.materials.push_back(with_textures(material, files, target));
+        if (is_tree)
+            files.publish_seasons(material.diffuse);
+    }
 }
 
 std::vector<GLTF::GEOMETRY> MODEL_PROCESSOR::STATE::finest_geometry()
@@ -371,7 +374,7 @@ bool MODEL_PROCESSOR::write(KN::String const &model_file, MODEL_STATISTICS_INTER
             return fail(error.empty() ? path + ": its folder cannot be made" : error);
     }
 
-    state->add_textures(model_file);
+    state->add_textures(model_file, tree);
     std::uint64_t size = 0;
     bool const written = GLTF::write_glb(state->document, model_file, error, &size);
     state->levels.clear();  // the document is used up

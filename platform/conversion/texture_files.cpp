@@ -1,5 +1,6 @@
 #include "platform/conversion/texture_files.h"
 
+#include "Plugins/Vx2/host/engine.h"
 #include "foundation/file.h"
 #include "foundation/finished_file.h"
 #include "foundation/messages.h"
@@ -89,6 +90,22 @@ KN::String TEXTURE_FILES::publish(KN::String const &name)
     if (is_new)
         place->second = make(name);
     return place->second;
+}
+
+void TEXTURE_FILES::publish_seasons(KN::String const &name)
+{
+    std::size_t const mark = name.lower().rfind("_diffuse");
+    if (mark == name.npos)
+        return;
+    for (int season = 0; season < 5; ++season) {
+        KN::String seasonal = name.substr(0, mark), bytes;
+        seasonal += '_';
+        seasonal += season < 4 ? KESTREL::get_season_shortname(season) : "br";
+        seasonal += name.substr(mark);
+        std::ranges::replace(seasonal, '\\', '/');
+        if (!find(seasonal, bytes).empty())
+            publish(seasonal);
+    }
 }
 
 KN::String TEXTURE_FILES::find(KN::String const &name, KN::String &bytes) const

@@ -17,6 +17,10 @@ public:
     // for one name it does nothing; a file that is published with the same contents already is left alone.
     KN::String publish(KN::String const &name);
 
+    // Publishes what stands beside the picture under its name with the suffix of a season in front of "_diffuse": what
+    // a tree may wear in its place.
+    void publish_seasons(KN::String const &name);
+
 private:
     KN::String find(KN::String const &name, KN::String &bytes) const;
     KN::String make(KN::String const &name);

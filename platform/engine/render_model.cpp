@@ -180,14 +180,19 @@ void RENDER_PART::colour(PLACE const &place, float pixel, float to[3]) const
     }
 }
 
+void RENDER_PART::triangle_normal(std::uint32_t triangle, float to[3]) const
+{
+    area_normal(geometry, triangle, to);
+    if (!normalise(to))
+        to[0] = to[1] = 0, to[2] = 1;
+}
+
 void RENDER_PART::normal(PLACE const &place, float pixel, float to[3]) const
 {
     if (!geometry.normals.empty())
         blend(geometry.normals, 3, place, to);
     if (geometry.normals.empty() || !normalise(to)) {
-        area_normal(geometry, place.triangle, to);
-        if (!normalise(to))
-            to[0] = to[1] = 0, to[2] = 1;
+        triangle_normal(place.triangle, to);
         return;
     }
     if (!surface.normal || geometry.tangents.empty())

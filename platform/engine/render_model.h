@@ -38,6 +38,7 @@ struct RENDER_PART {
     // In model space, of length 1: the vertices' normals with the normal texture, or the triangle's own where they are
     // of no use.
     void normal(PLACE const &place, float pixel, float to[3]) const;
+    void triangle_normal(std::uint32_t triangle, float to[3]) const;
 };
 
 struct RENDER_MODEL {

@@ -82,6 +82,18 @@ struct PATTERN {
     }
 };
 
+// Normals that are seen face the viewer, as textures have to take for granted that keep two parts of them. The back of
+// a leaf has the opposite normal of its front. Where normals are bent on purpose, to make one round crown of many
+// leaves, or reach around an edge, only the part along the sight is turned.
+VECTOR3 facing(VECTOR3 const &normal, VECTOR3 const &triangle_normal, VECTOR3 const &direction)
+{
+    float const away = dot(normal, direction);
+    if (!(away > 0))
+        return normal;
+    bool const is_bent = dot(normal, triangle_normal) < 0.7f;
+    return dot(triangle_normal, direction) > 0 && !is_bent ? -normal : normal - direction * (2 * away);
+}
+
 class RENDERER {
 public:
     RENDERER(RAY_SCENE const &from, SUPPORT::CAMERA const &camera, unsigned samples, FILM &to)
@@ -137,14 +149,14 @@ private:
         // Half a pixel, since several samples share it.
         float const pixel = 0.5f * (sight.near_pixel + (sight.far_pixel - sight.near_pixel) * behind);
 
-        float colour[3], seen[3];
+        float colour[3], seen[3], flat[3];
         part.colour(hit.place, pixel, colour);
         part.normal(hit.place, pixel, seen);
         scene.turn(hit, seen);
-        VECTOR3 normal = normalised(VECTOR3{seen[0], seen[1], seen[2]});
-        // What is seen faces the viewer: leaves have two sides, and textures keep only two parts of a normal.
-        if (dot(normal, direction) > 0)
-            normal = -normal;
+        part.triangle_normal(hit.place.triangle, flat);
+        scene.turn(hit, flat);
+        VECTOR3 const normal = facing(normalised(VECTOR3{seen[0], seen[1], seen[2]}),
+                                      normalised(VECTOR3{flat[0], flat[1], flat[2]}), direction);
         VECTOR3 const point = origin + direction * hit.distance;
 
         ++sum.hits;
