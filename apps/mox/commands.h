@@ -24,7 +24,8 @@ struct OPTIONS {
 
     std::string plan_format = "text";  // or json
     std::string graph_format;          // dot, or empty
-    QString path;                      // explain, rules, init
+    QString path;                      // explain, graph, rules, init
+    bool all = false;                  // graph
     QString table;                     // db
     bool only_gone = false;            // clean
 };
@@ -36,6 +37,8 @@ int explain_command(OPTIONS const &options);
 int rules_command(OPTIONS const &options);
 int schema_command(OPTIONS const &options);
 int db_command(OPTIONS const &options);
+int graph_command(OPTIONS const &options);
+int cache_command(OPTIONS const &options);
 int clean_command(OPTIONS const &options);
 
 // Opens the project and sets the tweakers. On failure the faults have been printed and `code` is set.

@@ -93,6 +93,13 @@ int main(int count, char **arguments)
     CLI::App *const db = add("db", "the tables of the asset database, or the rows of one", db_command);
     text_option(db, "table", options.table, "a table");
 
+    CLI::App *const graph = add("graph", "what a finished asset needs, and what needs it", graph_command);
+    text_option(graph, "asset", options.path, "an asset's path or id")->required();
+    graph->add_flag("--all", options.all, "also over others");
+    graph->add_option("--graph", options.graph_format, "dot: for Graphviz")->check(CLI::IsMember({"dot"}));
+
+    add("cache", "write the engine's cache of the headers of all models", cache_command);
+
     CLI::App *const clean = add("clean", "remove what builds have written", clean_command);
     clean->add_flag("--gone", options.only_gone, "only products for which no source or rule is left");
 

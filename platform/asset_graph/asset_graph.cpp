@@ -61,18 +61,6 @@ QMap<QString, ASSET_FRAGMENT> ASSET_GRAPH::asset_fragments() const
     return read.by_id;
 }
 
-QStringList ASSET_GRAPH::needed_by(QString const &id) const
-{
-    INDEX const &read = index();
-    QReadLocker const reading(&lock);
-    QStringList ids;
-    for (auto fragment = read.by_id.begin(); fragment != read.by_id.end(); ++fragment)
-        for (ASSET_DEPENDENCY const &dependency : fragment->dependencies)
-            if (dependency.id.compare(id, Qt::CaseInsensitive) == 0 && !ids.endsWith(fragment.key()))
-                ids.append(fragment.key());
-    return ids;
-}
-
 bool ASSET_GRAPH::replace_and_save(ASSET_FRAGMENT_BUILDER const &builder, QString &error)
 {
     QMap<QString, ASSET_FRAGMENT> fragments = builder.fragments();

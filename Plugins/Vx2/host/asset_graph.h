@@ -24,8 +24,6 @@ public:
     QString fragment_id_from_asset_filename(QString const &asset) const;
     // A copy of all fragments, by id in lower case.
     QMap<QString, ASSET_FRAGMENT> asset_fragments() const;
-    // The ids of the fragments that need `id`, ascending.
-    QStringList needed_by(QString const &id) const;
 
     // Writes the builder's AGF file and puts its fragments in the place of those that the file held. False, with the
     // cause, if the file could not be written; the graph is then as it was.

@@ -4,6 +4,7 @@
 #include "Plugins/Vx2/action_klmodel_agf.h"
 #include "Plugins/Vx2/action_material_agf.h"
 #include "Plugins/Vx2/action_rigid_agf.h"
+#include "Plugins/Vx2/action_rigid_header_cache.h"
 #include "Plugins/Vx2/host/action_engine.h"
 #include "Plugins/Vx2/host/asset_graph.h"
 #include "Plugins/Vx2/host/asset_graph_store.h"
@@ -13,6 +14,7 @@
 #include "foundation/finished_file.h"
 #include "platform/build_host/run.h"
 #include "tests/platform/build_host/asset_tree.h"
+#include "tests/platform/build_host/test_actions.h"
 
 #include <gmock/gmock.h>
 
@@ -328,4 +330,32 @@ TEST_F(FRAGMENTS, DeclareOneSourceAndOneTarget)
         EXPECT_EQ(targets[0].logical, "<working>/" + name + ".agf");
         EXPECT_FALSE(targets[0].flag);
     }
+}
+
+TEST_F(FRAGMENTS, TheHeaderCacheWaitsForItsModelsAndOpensThem)
+{
+    put("a.rigid_model_v2", "a");
+    put("b.RIGID_model_v2", "b");
+    put("c.rigid_model_v2");  // not there
+    TEST_ACTION first("1"), second("2");
+    tree.files.table.peek(LOGICAL_PATH("<working>/a.rigid_model_v2"))->actions = {&first};
+    tree.files.table.peek(LOGICAL_PATH("<working>/c.rigid_model_v2"))->actions = {&first, &second};
+
+    ACTION_RIGID_HEADER_CACHE cache(nullptr);
+    QVector<LOGICAL_PATH> sources;
+    QVector<TARGET_FILE> targets;
+    qint64 time = 0;
+    cache.get_affected_files(sources, targets, time, tree.files.table, tree.rule_cache);
+    EXPECT_EQ(sources, (QVector<LOGICAL_PATH>{LOGICAL_PATH("<working>/a.rigid_model_v2"),
+                                              LOGICAL_PATH("<working>/c.rigid_model_v2")}));
+    EXPECT_EQ(targets.value(0).physical, at("rigid_db.bin"));
+    cache.add_external_dependencies(tree.files.table, tree.rule_cache);
+    ASSERT_EQ(cache.dependencies().size(), 1);
+    EXPECT_EQ(cache.dependencies()[0].other, &first);
+    EXPECT_FALSE(cache.dependencies()[0].flag);
+
+    std::unique_ptr<KESTREL::ENGINE> const engine(FAKE_ENGINE::make(true, true, false));
+    EXPECT_TRUE(ACTION_RIGID_HEADER_CACHE::write_cache(tree.files.table, *engine->rigid_model_service()));
+    EXPECT_THAT(FAKE_ENGINE::calls, ElementsAre("open 2 " + at("a.rigid_model_v2").toStdString(),
+                                                "open 2 " + at("b.RIGID_model_v2").toStdString()));
 }

@@ -3,6 +3,7 @@
 #include "foundation/messages.h"
 #include "platform/asset_graph/agf_file.h"
 #include "platform/asset_graph/fragment_id.h"
+#include "platform/asset_graph/reach.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -18,6 +19,14 @@ QString const all = QStringLiteral("all");
 ASSET_FRAGMENT_BUILDER builder(QTemporaryDir const &tree, char const *agf)
 {
     return ASSET_FRAGMENT_BUILDER(tree.filePath(QLatin1String(agf)));
+}
+
+QStringList steps(ASSET_GRAPH const &graph, QString const &id, REACH direction, bool everything)
+{
+    QStringList lines;
+    for (GRAPH_STEP const &step : reach(graph.asset_fragments(), id, direction, everything))
+        lines += QString::number(step.distance) + " " + step.from + " > " + step.to;
+    return lines;
 }
 
 struct COUNTING_SINK final : KN::MessageSink {
@@ -49,19 +58,37 @@ TEST(AssetGraph, RemembersFragmentsAcrossProcessesAndReplacesThoseOfAFile)
     ASSERT_EQ(dependencies.size(), 2);
     EXPECT_EQ(dependencies[0].id, "textures/wood & <nails>");
     EXPECT_EQ(graph.fragment_id_from_asset_filename("PROPS/hut.rigid_model_v2"), "Props/Hut");
-    EXPECT_EQ(graph.needed_by("props/DOOR"), QStringList("props/hut"));
+    EXPECT_EQ(steps(graph, "props/DOOR", REACH::NEEDED_BY, false), QStringList("1 props/hut > props/door"));
 
     ASSET_FRAGMENT_BUILDER smaller = builder(tree, "props/hut.agf");
     smaller.add_fragment("props/shed", "props/shed.rigid_model_v2", "");
     ASSERT_TRUE(graph.replace_and_save(smaller, error));
     EXPECT_FALSE(graph.asset_fragments().contains("props/hut"));
     EXPECT_TRUE(graph.fragment_id_from_asset_filename("props/hut.rigid_model_v2").isEmpty());
-    EXPECT_TRUE(graph.needed_by("props/door").isEmpty());
+    EXPECT_TRUE(steps(graph, "props/door", REACH::NEEDED_BY, false).isEmpty());
 
     ASSET_FRAGMENT_BUILDER nowhere = builder(tree, "no such folder/x.agf");
     nowhere.add_fragment("x", "x", "");
     EXPECT_FALSE(graph.replace_and_save(nowhere, error));
     EXPECT_FALSE(graph.asset_fragments().contains("x"));
+}
+
+TEST(AssetGraph, IsFollowedBothWaysAndCyclesOnce)
+{
+    QTemporaryDir const tree;
+    ASSET_GRAPH graph(tree.path());
+    QString error;
+    ASSET_FRAGMENT_BUILDER village = builder(tree, "village.agf");
+    for (char const *const edge : {"yard>hut", "yard>Well", "hut>wood", "hut>door", "door>Wood", "wood>hut"})
+        village.add_dependency(QString(edge).section('>', 0, 0), QString(edge).section('>', 1), all, "");
+    ASSERT_TRUE(graph.replace_and_save(village, error));
+
+    EXPECT_EQ(steps(graph, "YARD", REACH::NEEDS, false), QStringList({"1 yard > hut", "1 yard > well"}));
+    EXPECT_EQ(steps(graph, "yard", REACH::NEEDS, true), QStringList({"1 yard > hut", "1 yard > well", "2 hut > door",
+                                                                     "2 hut > wood", "3 door > wood", "3 wood > hut"}));
+    EXPECT_EQ(steps(graph, "Door", REACH::NEEDED_BY, true),
+              QStringList({"1 hut > door", "2 wood > hut", "2 yard > hut", "3 door > wood", "3 hut > wood"}));
+    EXPECT_TRUE(steps(graph, "gate", REACH::NEEDS, true).isEmpty());
 }
 
 TEST(AssetGraph, PathsOfTheOldTreeAreKeptWithoutItsRoot)
