@@ -27,13 +27,6 @@ static void append_to_list(NODE *&newest, NODE *node)
     newest = node;
 }
 
-template <class NODE>
-static void delete_list(NODE *newest)
-{
-    while (newest != nullptr)
-        delete std::exchange(newest, newest->node_list_prev);
-}
-
 void CUT_SHAPE::add(float x, float y)
 {
     VECTOR2 const point = {x, y};
@@ -41,15 +34,9 @@ void CUT_SHAPE::add(float x, float y)
         polyline.append(point);
 }
 
-POLYGON_CUTTER::~POLYGON_CUTTER()
-{
-    delete_list(node_list);
-    delete_list(chain_list);
-}
-
 CUT_NODE *POLYGON_CUTTER::make_node(VECTOR2 const &point, std::int32_t shape_id)
 {
-    CUT_NODE *const node = new CUT_NODE;
+    CUT_NODE *const node = new (memory.allocate<CUT_NODE>(1)) CUT_NODE;
     node->x = point.x;
     node->y = point.y;
     node->shape_id = shape_id;
@@ -75,20 +62,32 @@ bool POLYGON_CUTTER::set_outline(POLYLINE const &polyline)
     ring->ring_prev = ring->ring_next = ring;
     for (unsigned i = 1; i < polyline.size(); ++i)
         link_behind(ring->ring_prev, make_node(polyline[i], -1));
+
+    constexpr unsigned run_length = 16;
+    CUT_NODE *node = ring;
+    for (unsigned i = 0; i < node_count; ++i, node = node->ring_next) {
+        FLAT_BOX const box(place(*node), place(*node->ring_next));
+        if (i % run_length == 0)
+            runs.append(RUN{node, box});
+        else
+            runs.back().box.add(box);
+    }
     return true;
 }
 
 bool POLYGON_CUTTER::point_inside(float x, float y) const
 {
     bool inside = false;
-    CUT_NODE const *node = ring;
-    if (node == nullptr)
-        return false;
-    do {
-        CUT_NODE const *const next = node->ring_next;
-        inside ^= edge_counts(place(*node), place(*next), x, y);
-        node = next;
-    } while (node != ring);
+    for (unsigned run = 0; run < runs.size(); ++run) {
+        if (!runs[run].box.reaches_right_of(x, y))
+            continue;
+        CUT_NODE const *node = runs[run].first, *const end = end_of_run(run);
+        do {
+            CUT_NODE const *const next = node->ring_next;
+            inside ^= edge_counts(place(*node), place(*next), x, y);
+            node = next;
+        } while (node != end);
+    }
     return inside;
 }
 
@@ -113,28 +112,36 @@ bool POLYGON_CUTTER::polyline_inside_ring(POLYLINE const &polyline) const
 
 // Cutting.
 
+// Whether part / whole is from 0 to 1.
+static bool is_part(float part, float whole)
+{
+    return whole > 0 ? part >= 0 && part <= whole : part <= 0 && part >= whole;
+}
+
 void POLYGON_CUTTER::find_hits(POLYLINE const &polyline, unsigned edge)
 {
     hits.resize(0);
-    CUT_NODE *node = ring;
-    if (node == nullptr)
-        return;
-
-    VECTOR2 const p = polyline[edge], e = polyline[(edge + 1) % polyline.size()] - p;
-    do {
-        CUT_NODE *const next = node->ring_next;
-        VECTOR2 const r = place(*node), f = place(*next) - r;
-        float const d = f.y * e.x - f.x * e.y;
-        if (d != 0) {
+    VECTOR2 const p = polyline[edge], q = polyline[(edge + 1) % polyline.size()], e = q - p;
+    FLAT_BOX const box(p, q);
+    for (unsigned run = 0; run < runs.size(); ++run) {
+        if (!runs[run].box.within(outline_tolerance, box) || !runs[run].box.meets_line(p, e))
+            continue;
+        CUT_NODE *node = runs[run].first, *const end = end_of_run(run);
+        do {
+            CUT_NODE *const next = node->ring_next;
+            VECTOR2 const r = place(*node), f = place(*next) - r;
+            float const d = f.y * e.x - f.x * e.y;
             VECTOR2 const w = p - r;
-            float const u = (f.x * w.y - f.y * w.x) / d;
-            float const v = (e.x * w.y - e.y * w.x) / d;
-            if (u >= 0 && u <= 1 && v >= 0 && v <= 1)
-                hits.append(INTERSECTION{node, next, p + e * u, u});
-        }
-        node = next;
-    } while (node != ring);
-    std::stable_sort(hits.begin(), hits.end(), [](INTERSECTION const &a, INTERSECTION const &b) { return a.t < b.t; });
+            float const v_times_d = e.x * w.y - e.y * w.x, u_times_d = f.x * w.y - f.y * w.x;
+            if (d != 0 && is_part(v_times_d, d) && is_part(u_times_d, d)) {
+                float const u = u_times_d / d;
+                hits.append(INTERSECTION{node, next, p + e * u, u, run, hits.size()});
+            }
+            node = next;
+        } while (node != end);
+    }
+    std::sort(hits.begin(), hits.end(),
+              [](INTERSECTION const &a, INTERSECTION const &b) { return a.t != b.t ? a.t < b.t : a.order < b.order; });
 }
 
 CUT_RESULT POLYGON_CUTTER::cut(POLYLINE const &polyline, bool closed)
@@ -222,6 +229,7 @@ CUT_NODE *POLYGON_CUTTER::insert_node(INTERSECTION const &hit)
     while (before->ring_next != hit.edge_end && squared_distance(*hit.edge, place(*before->ring_next)) < way)
         before = before->ring_next;
     link_behind(before, node);
+    runs[hit.run].box.add(hit.point);
     return node;
 }
 
@@ -233,7 +241,7 @@ void POLYGON_CUTTER::make_chain(CUT_NODE *start, CUT_NODE *end, VERTEX_RUN const
     CHAIN_LINK **forward = &start->forward_chain;  // where the next step of the chain is noted
     CHAIN_LINK *back = &start->arrival;
     for (unsigned i = between.first; i != between.stop; i = (i + 1) % between.polyline.size()) {
-        CHAIN_NODE *const node = new CHAIN_NODE;
+        CHAIN_NODE *const node = new (memory.allocate<CHAIN_NODE>(1)) CHAIN_NODE;
         append_to_list(chain_list, node);
         ++chain_count;
         node->x = between.polyline[i].x;
@@ -294,15 +302,22 @@ bool POLYGON_CUTTER::walk(CUT_NODE *start, CUT_SHAPE &shape) const
     return true;
 }
 
-bool POLYGON_CUTTER::add_shape(CUT_NODE *start)
+// Adds the piece, unless it is there. `boxes` are those around the pieces, `walked` is room for its points.
+bool POLYGON_CUTTER::add_shape(CUT_NODE *start, KN::DynamicArray<FLAT_BOX> &boxes, CUT_SHAPE &walked)
 {
-    CUT_SHAPE shape;
-    if (!walk(start, shape))
+    walked.shape_id = -1;
+    walked.polyline.resize(0);
+    if (!walk(start, walked))
         return false;
-    for (CUT_SHAPE const &older : output_shapes)
-        if (same_shape(shape.polyline, older.polyline, outline_tolerance))
+    FLAT_BOX box(walked.polyline[0], walked.polyline[0]);
+    for (VECTOR2 const &point : walked.polyline)
+        box.add(point);
+    for (unsigned i = 0; i < output_shapes.size(); ++i)
+        if (box.agrees(boxes[i], 2 * outline_tolerance) &&
+            same_shape(walked.polyline, output_shapes[i].polyline, outline_tolerance))
             return true;
-    output_shapes.append(std::move(shape));
+    output_shapes.append(walked);
+    boxes.append(box);
     return true;
 }
 
@@ -311,16 +326,18 @@ bool POLYGON_CUTTER::build_shapes()
     if (ring == nullptr || !output_shapes.empty())
         return false;
 
+    KN::DynamicArray<FLAT_BOX> boxes;
+    CUT_SHAPE walked;
     CUT_NODE *node = ring;
     do {
         bool const starts = node->forward_chain != nullptr, ends = node->backward_chain != nullptr;
-        if ((starts && ends) || ((starts || ends) && !add_shape(node))) {
+        if ((starts && ends) || ((starts || ends) && !add_shape(node, boxes, walked))) {
             output_shapes.clear();
             return false;
         }
         node = node->ring_next;
     } while (node != ring);
-    return !output_shapes.empty() || add_shape(ring);
+    return !output_shapes.empty() || add_shape(ring, boxes, walked);
 }
 
 }  // namespace SUPPORT

@@ -6,6 +6,8 @@
 // cutter; different cutters share nothing. The members may be read at any time, to draw what is going on.
 #pragma once
 
+#include "foundation/arena.h"
+#include "support/geometry/flat_box.h"
 #include "support/geometry/polyline.h"
 
 #include <cstdint>
@@ -68,7 +70,6 @@ public:
     POLYGON_CUTTER() = default;
     POLYGON_CUTTER(POLYGON_CUTTER const &) = delete;
     POLYGON_CUTTER &operator=(POLYGON_CUTTER const &) = delete;
-    ~POLYGON_CUTTER();
 
     // False, without a ring, if the outline is not simple or there is an outline already.
     bool set_outline(POLYLINE const &polyline);
@@ -98,11 +99,19 @@ public:
     bool outline_swallowed = false;  // by a closed polyline
 
 private:
+    // Some edges of the ring in a row, from `first` to where the next run begins, and the box around them. Nodes that
+    // cuts add come into the runs.
+    struct RUN {
+        CUT_NODE *first;
+        FLAT_BOX box;
+    };
     // Where an edge of a polyline meets the ring.
     struct INTERSECTION {
         CUT_NODE *edge, *edge_end;  // of the ring, as it was when this was found
         VECTOR2 point;
-        float t;  // along the polyline's edge
+        float t;         // along the polyline's edge
+        unsigned run;    // that the ring's edge is in
+        unsigned order;  // in which it was found
     };
     // Some vertices of a closed polyline: first, first + 1, ... up to but without stop, modulo the count.
     struct VERTEX_RUN {
@@ -118,8 +127,12 @@ private:
     CUT_NODE *insert_node(INTERSECTION const &hit);
     void make_chain(CUT_NODE *start, CUT_NODE *end, VERTEX_RUN const &between);
     bool walk(CUT_NODE *start, CUT_SHAPE &shape) const;
-    bool add_shape(CUT_NODE *start);
+    bool add_shape(CUT_NODE *start, KN::DynamicArray<FLAT_BOX> &boxes, CUT_SHAPE &walked);
 
+    CUT_NODE *end_of_run(unsigned run) const { return run + 1 < runs.size() ? runs[run + 1].first : ring; }
+
+    KN::Arena memory;  // all nodes
+    KN::DynamicArray<RUN> runs;
     KN::DynamicArray<INTERSECTION> hits;  // of the edge looked at last
 };
 

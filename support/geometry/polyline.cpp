@@ -1,7 +1,10 @@
 #include "support/geometry/polyline.h"
 
 #include "support/geometry/crossing_count.h"
+#include "support/geometry/flat_box.h"
 #include "support/geometry/plane_shapes.h"
+
+#include <algorithm>
 
 namespace SUPPORT {
 
@@ -12,6 +15,8 @@ static bool edges_clash(SEGMENT2 const &a, SEGMENT2 const &b)
            (points_agree(a.start, b.end) && points_agree(a.end, b.start));
 }
 
+// Edges are only looked at one by one where the boxes around them, and before that around runs of them, are near each
+// other.
 bool is_simple(POLYLINE const &polyline, bool closed)
 {
     unsigned const count = polyline.size();
@@ -20,13 +25,38 @@ bool is_simple(POLYLINE const &polyline, bool closed)
 
     auto const edge = [&](unsigned i) { return SEGMENT2{polyline[i], polyline[i + 1 < count ? i + 1 : 0]}; };
     unsigned const edges = closed ? count : count - 1;
+    constexpr unsigned run_length = 16;
+    KN::DynamicArray<FLAT_BOX> boxes, run_boxes;
+    boxes.reserve(edges);
+    run_boxes.reserve(edges / run_length + 1);
     for (unsigned i = 0; i < edges; ++i) {
-        SEGMENT2 const a = edge(i);
-        unsigned const last = closed && i == 0 ? edges - 1 : edges;  // the first edge is the last one's neighbour
-        for (unsigned j = i + 2; j < last; ++j)
-            if (edges_clash(a, edge(j)))
-                return false;
+        SEGMENT2 const e = edge(i);
+        FLAT_BOX const box(e.start, e.end);
+        boxes.append(box);
+        if (i % run_length == 0)
+            run_boxes.append(box);
+        else
+            run_boxes.back().add(box);
     }
+
+    auto const clashes_with_run = [&](unsigned i, unsigned run) {
+        unsigned const first = std::max(i + 2, run * run_length);
+        unsigned last = std::min(edges, (run + 1) * run_length);
+        if (closed && i == 0 && last == edges)
+            --last;  // the first edge is the last one's neighbour
+        for (unsigned j = first; j < last; ++j)
+            if (boxes[i].within(outline_tolerance, boxes[j]) && edges_clash(edge(i), edge(j)))
+                return true;
+        return false;
+    };
+    for (unsigned a = 0; a < run_boxes.size(); ++a)
+        for (unsigned b = a; b < run_boxes.size(); ++b) {
+            if (!run_boxes[a].within(outline_tolerance, run_boxes[b]))
+                continue;
+            for (unsigned i = a * run_length; i < std::min(edges, (a + 1) * run_length); ++i)
+                if (boxes[i].within(outline_tolerance, run_boxes[b]) && clashes_with_run(i, b))
+                    return false;
+        }
     return true;
 }
 
