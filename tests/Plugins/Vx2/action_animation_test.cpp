@@ -145,19 +145,30 @@ protected:
 
 }  // namespace
 
-TEST_F(ANIMATION_ACTIONS, FilesOfAnAnimation)
+TEST_F(ANIMATION_ACTIONS, DeclaredFiles)
 {
     ASSET_TREE in("", {"<raw>/animations/skeletons.txt", "<raw>/animations/skeletons/man.bone_table",
-                       "<raw>/animations/skeletons/old/man.txt", "<raw>/Animations/skeletons/b", "a.b.vx2"});
+                       "<raw>/animations/skeletons/old/man.txt", "<raw>/Animations/skeletons/b",
+                       "<working>/out/a.b/animation10.anim", "<working>/out/a.b/old.ANIM",
+                       "<working>/out/a.b/sub/b.anim", "<working>/out/a.bc/c.anim", "<working>/out/a.b.anim"});
     PHYSICAL_PATH const physical = ASSET_TREE::physical("<raw>/a.b.vx2");
     ACTION_ANIMATION plain(physical, nullptr, "man", "", "", 0, false, false);
-    plain.set_target_path("/tree/working_data/x.y");
-    EXPECT_EQ(affected(plain, in), QStringList({"<raw>/a.b.vx2", "<raw>/animations/skeletons/man.bone_table",
-                                                "<raw>/animations/skeletons/old/man.txt", "> <working>/x.y/a.b.anim"}));
     ACTION_ANIMATION pose(physical, nullptr, "", "", "", 0, true, true);
-    pose.set_target_path("/tree/working_data/x.y");
+    ACTION_COMPLEX_ANIMATION stage(physical, {}, nullptr);
+    for (ACTION_CONVERT *const action : std::initializer_list<ACTION_CONVERT *>{&plain, &pose, &stage})
+        action->set_target_path("/tree/working_data/out");
+    QStringList const source_file = {"<raw>/a.b.vx2"};
+    QStringList const specs = {"> <working>/out/a.b/tool_spec.xml", "> <working>/out/a.b/user_spec.xml"};
+
+    EXPECT_EQ(affected(plain, in),
+              source_file + QStringList({"<raw>/animations/skeletons/man.bone_table",
+                                         "<raw>/animations/skeletons/old/man.txt", "> <working>/out/a.b.anim"}));
     EXPECT_EQ(affected(pose, in),
-              QStringList({"<raw>/a.b.vx2", "> <working>/x.y/a.b.anim", "> <working>/x.y/a.b.bone_inv_trans_mats"}));
+              source_file + QStringList({"> <working>/out/a.b.anim", "> <working>/out/a.b.bone_inv_trans_mats"}));
+    EXPECT_EQ(affected(stage, in),
+              source_file + QStringList({"> <working>/out/a.b/animation10.anim", "> <working>/out/a.b/sub/b.anim"}) +
+                  specs);
+    EXPECT_EQ(affected(stage, ASSET_TREE()), source_file + QStringList("> <working>/out/a.b/animation1.anim") + specs);
 }
 
 // Without a type the skeleton is called as the file, up to the last dot; strip texts do not count.
@@ -323,20 +334,4 @@ TEST_F(ANIMATION_ACTIONS, FaultsOfAStageAreTheToldLinesAndNoLaterFile)
     std::filesystem::create_directories(scratch.folder / folder / "animation1.anim");
     EXPECT_EQ(run_complex(ACTION_INTERFACE::FAILED).last(),
               "!Failed to open target file (" + root + "/working_data/out/stage/animation1.anim)!");
-}
-
-TEST_F(ANIMATION_ACTIONS, FilesOfAStage)
-{
-    ASSET_TREE in("", {"<working>/out/stage/animation1.anim", "<working>/out/stage/animation10.anim",
-                       "<working>/out/stage/old.ANIM", "<working>/out/stage/sub/b.anim", "<working>/out/stage2/c.anim",
-                       "<working>/out/stage.anim"});
-    ACTION_COMPLEX_ANIMATION action(ASSET_TREE::physical("<raw>/stage.vx2"), {}, nullptr);
-    action.set_target_path("/tree/working_data/out");
-    QStringList const specs = {"> <working>/out/stage/tool_spec.xml", "> <working>/out/stage/user_spec.xml"};
-    EXPECT_EQ(affected(action, in),
-              QStringList({"<raw>/stage.vx2", "> <working>/out/stage/animation1.anim",
-                           "> <working>/out/stage/animation10.anim", "> <working>/out/stage/sub/b.anim"}) +
-                  specs);
-    EXPECT_EQ(affected(action, ASSET_TREE()),
-              QStringList({"<raw>/stage.vx2", "> <working>/out/stage/animation1.anim"}) + specs);
 }

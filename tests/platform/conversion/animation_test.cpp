@@ -17,9 +17,6 @@ std::vector<int> values(SUPPORT::ALLOCATED_ARRAY<std::int32_t> const &map) { ret
 TEST(Animation, PlayedBonesStandWhereTheNodesStood)
 {
     RIG_TREE tree;
-    VEX2 scene;
-    make_rig(scene);
-    tree.put_scene(scene);
     ASSERT_TRUE(convert(tree, {.rate = 30}));
 
     auto const clip = load_clip(tree);
@@ -35,8 +32,8 @@ TEST(Animation, PlayedBonesStandWhereTheNodesStood)
     for (int frame = 0; frame <= 30; ++frame) {
         SCOPED_TRACE(frame);
         float const time = float(frame) / 30;
-        scene.seek(time);
-        expect_at_nodes(world_matrices_at(*clip, time, SUPPORT::BLEND_NEAREST, 0, {}, scratch), scene, {1, 3});
+        tree.scene.seek(time);
+        expect_at_nodes(world_matrices_at(*clip, time, SUPPORT::BLEND_NEAREST, 0, {}, scratch), tree.scene, {1, 3});
     }
     // Between frames even the plainest blend stays near, as neighbouring rotations lie on one side.
     for (std::size_t i = 1; i < clip->frames.size(); ++i)
@@ -63,32 +60,28 @@ TEST(Animation, TheRangeOfTheSceneIsAWholeNumberOfFrames)
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(testing::Message() << c.start << " to " << c.end << " at " << c.rate);
-        RIG_TREE tree;
-        VEX2 scene;
-        make_rig(scene, c.start, c.end);
-        tree.put_scene(scene);
+        RIG_TREE tree(c.start, c.end);
         ASSERT_TRUE(convert(tree, {.rate = c.rate}));
         auto const clip = load_clip(tree);
         EXPECT_EQ(clip->frames.size(), c.frames);
         EXPECT_EQ(clip->fps, c.fps);
         EXPECT_FLOAT_EQ(clip->duration, c.duration);
         SUPPORT::SCRATCH_ALLOCATOR scratch;
-        scene.seek(c.last);
-        expect_at_nodes(world_matrices_at(*clip, clip->duration, SUPPORT::BLEND_NEAREST, 0, {}, scratch), scene,
+        tree.scene.seek(c.last);
+        expect_at_nodes(world_matrices_at(*clip, clip->duration, SUPPORT::BLEND_NEAREST, 0, {}, scratch), tree.scene,
                         {1, 3});
     }
 }
 
 TEST(Animation, AReferencePoseIsTheStartWithItsInverseMatrices)
 {
-    RIG_TREE tree;
-    VEX2 scene;
-    make_rig(scene, -0.5f);
+    RIG_TREE tree(-0.5f);
+    VEX2 &scene = tree.scene;
     scene.hierarchy.nodes[3].translation =
         TEST_SCENE::ramp<VEX2_VECTOR_CHANNEL>(VEX2_VECTOR{0.2f, -0.4f, 0}, {9, 9, 9});
     scene.hierarchy.nodes[3].translation->times[0] = -0.5f;
-    tree.put_scene(scene);
-    ASSERT_TRUE(convert(tree, {.strip_translations = "", .rate = 30, .reference_pose = true}));
+    tree.put_scene();
+    ASSERT_TRUE(convert(tree, {.rate = 30, .reference_pose = true}));
 
     auto const skeleton = load_skeleton(tree);
     EXPECT_EQ(skeleton->second_bone, 1);
@@ -105,31 +98,19 @@ TEST(Animation, AReferencePoseIsTheStartWithItsInverseMatrices)
             for (unsigned column = 0; column < 4; ++column)
                 EXPECT_NEAR(both[row][column], row == column, 4e-4) << "bone " << i;
     }
+    // Of a rigid model: whatever nodes there are, and no table.
+    ASSERT_TRUE(convert(tree, {.skeleton = "no_table", .reference_pose = true, .rigid_reference = true}));
+    auto const whole = load_skeleton(tree);
+    EXPECT_EQ(whole->name, "no_table");
+    expect_at_nodes(world_matrices(whole->bind_pose, 0, {}, scratch), scene, {0, 1, 2, 3, 4});
     // The animation file says of itself that it has no matrices, and so can be loaded alone.
     EXPECT_EQ(tree.get("working_data/rig.anim").substr(tree.get("working_data/rig.anim").size() - 4),
               std::string(4, '\0'));
 }
 
-TEST(Animation, OfARigidModelHasTheScenesNodesForBones)
-{
-    RIG_TREE tree;
-    VEX2 scene;
-    make_rig(scene);
-    tree.put_scene(scene);
-    ASSERT_TRUE(convert(tree, {.skeleton = "no_table", .reference_pose = true, .rigid_reference = true}));
-    auto const skeleton = load_skeleton(tree);
-    EXPECT_EQ(skeleton->name, "no_table");
-    SUPPORT::SCRATCH_ALLOCATOR scratch;
-    scene.seek(0);
-    expect_at_nodes(world_matrices(skeleton->bind_pose, 0, {}, scratch), scene, {0, 1, 2, 3, 4});
-}
-
 TEST(Animation, WhatIsStrippedIsTheSkeletons)
 {
     RIG_TREE tree;
-    VEX2 scene;
-    make_rig(scene);
-    tree.put_scene(scene);
     ASSERT_TRUE(convert(tree, {.reference_pose = true}));
     auto const skeleton = load_skeleton(tree);
     const struct {
@@ -151,18 +132,6 @@ TEST(Animation, WhatIsStrippedIsTheSkeletons)
         for (unsigned bone = 0; bone < 2; ++bone)
             EXPECT_EQ(pose.rotations[bone] == skeleton->bind_pose.rotations[bone], c.rotation_map[bone] < 0) << bone;
     }
-}
-
-TEST(Animation, TheSameSceneGivesTheSameBytes)
-{
-    RIG_TREE tree;
-    VEX2 scene;
-    make_rig(scene);
-    tree.put_scene(scene);
-    ASSERT_TRUE(convert(tree));
-    std::string const first = tree.get("working_data/rig.anim");
-    ASSERT_TRUE(convert(tree));
-    EXPECT_EQ(tree.get("working_data/rig.anim"), first);
 }
 
 TEST(Animation, WhatCannotBeSampledIsOneLineAndNoFile)
@@ -189,10 +158,8 @@ TEST(Animation, WhatCannotBeSampledIsOneLineAndNoFile)
     for (const auto &c : cases) {
         SCOPED_TRACE(c.said);
         RIG_TREE tree;
-        VEX2 scene;
-        make_rig(scene);
-        c.spoil(scene);
-        tree.put_scene(scene);
+        c.spoil(tree.scene);
+        tree.put_scene();
         LINES lines;
         EXPECT_FALSE(convert(tree, c.request));
         EXPECT_THAT(lines.of_level[KN::MESSAGE_ERROR], ElementsAre(HasSubstr(c.said)));
@@ -203,10 +170,9 @@ TEST(Animation, WhatCannotBeSampledIsOneLineAndNoFile)
 TEST(BoneNameTable, ReadsWhatIsWrittenOfAScene)
 {
     RIG_TREE tree;
-    VEX2 scene;
-    make_rig(scene);
     KN::String error;
-    ASSERT_TRUE(write_bone_table(scene, "rig.vx2", tree.at("raw_data/animations/skeletons/Whole.bone_table"), error));
+    ASSERT_TRUE(
+        write_bone_table(tree.scene, "rig.vx2", tree.at("raw_data/animations/skeletons/Whole.bone_table"), error));
     TOOLDATABUILDER::BONE_NAME_TABLE const table("wholE");  // names have no case
     ASSERT_TRUE(table.valid);
     EXPECT_EQ(table.name, "wholE");

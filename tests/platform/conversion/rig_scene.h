@@ -26,7 +26,7 @@ inline VEX2_QUATERNION negative(VEX2_QUATERNION const &q) { return {-q.x, -q.y, 
 
 // armature (twice as large, turned) > Hips (walks and turns) > helper (bent) > Leg (swings), sword. Hips and Leg are
 // the bones. A second long; keys that are neighbours in time hold rotations of different signs.
-inline void make_rig(VEX2 &scene, float start = 0, float end = 1)
+inline void make_rig(VEX2 &scene, float start, float end)
 {
     scene.info.start_time = start;
     scene.info.end_time = end;
@@ -53,15 +53,20 @@ inline void make_rig(VEX2 &scene, float start = 0, float end = 1)
 
 inline char const *const rig_table = "root = 'Hips'\nbones = [['Hips', ''], ['leg', 'hips']]\n";
 
-// A tree with the scene <raw>/props/rig.vx2 and the skeleton "rig".
+// A tree with the rig as <raw>/props/rig.vx2, and with its skeleton "rig".
 class RIG_TREE : public TREE {
 public:
-    RIG_TREE()
+    explicit RIG_TREE(float start = 0, float end = 1)
     {
         std::filesystem::create_directories(folder / "raw_data/animations/skeletons");
         put("raw_data/animations/skeletons/rig.bone_table", rig_table);
+        make_rig(scene, start, end);
+        put_scene();
     }
-    void put_scene(VEX2 const &scene) const { put("raw_data/props/rig.vx2", TEST_SCENE::file_of(scene)); }
+    // Once more, after it was changed.
+    void put_scene() const { put("raw_data/props/rig.vx2", TEST_SCENE::file_of(scene)); }
+
+    VEX2 scene;
 };
 
 struct REQUEST {
