@@ -14,4 +14,5 @@ int import(IMPORT_REQUEST const &request);
 int export_glb(KN::String const &file, KN::String const &skeleton, KN::String const &target);
 int upgrade(KN::String const &file, KN::String const &target, bool references);
 int clean(KN::String const &file, KN::String const &target);
+int show_animation(KN::String const &file);
 int make_bone_table(KN::String const &file, KN::String const &target);

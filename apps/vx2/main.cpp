@@ -82,6 +82,8 @@ int main(int count, char **arguments)
     CLI::App *const clean_command =
         add_command(app, line, "clean", "Merges duplicate vertices, builds frames, and writes the scene.", "scene file",
                     "scene file to be written");
+    CLI::App *const anim_command =
+        add_command(app, line, "anim", "Says what is in a built animation.", "animation file (.anim)", nullptr);
     CLI::App *const bones_command = add_command(app, line, "bones", "Writes the skeleton table of a scene.",
                                                 "scene file", "bone table to be written");
 
@@ -111,5 +113,7 @@ int main(int count, char **arguments)
         return upgrade(line.file, line.target, line.references);
     if (clean_command->parsed())
         return clean(line.file, line.target);
+    if (anim_command->parsed())
+        return show_animation(line.file);
     return bones_command->parsed() ? make_bone_table(line.file, line.target) : 2;
 }
