@@ -1,4 +1,4 @@
-// The asset graph of a session, in force while it lives. Made once the files are listed.
+// The asset graph of a session, in force while it lives. Made once the record is open and the files are listed.
 #pragma once
 
 #include "platform/asset_graph/store.h"
@@ -7,7 +7,8 @@
 class GRAPH_SCOPE {
 public:
     explicit GRAPH_SCOPE(SESSION &session)
-        : store(session.project().roots.working, session.project().roots.old_working, session.files().table)
+        : store(session.project().roots.working, session.project().roots.old_working, session.files().table,
+                session.record())
     {
         set_asset_graph_store(&store);
     }

@@ -69,4 +69,53 @@ bool read_agf(QByteArray const &bytes, QMap<QString, ASSET_FRAGMENT> &fragments,
     return false;
 }
 
+// For each fragment: id, asset, note, number of dependencies, and id, kind, note of each; a NUL behind every text.
+QByteArray remembered_agf(QMap<QString, ASSET_FRAGMENT> const &fragments)
+{
+    QByteArray bytes;
+    auto const append = [&](QString const &text) { bytes.append(text.toUtf8()).append('\0'); };
+    for (auto fragment = fragments.begin(); fragment != fragments.end(); ++fragment) {
+        append(fragment.key());
+        append(fragment->asset);
+        append(fragment->note);
+        append(QString::number(fragment->dependencies.size()));
+        for (ASSET_DEPENDENCY const &dependency : fragment->dependencies) {
+            append(dependency.id);
+            append(dependency.kind);
+            append(dependency.note);
+        }
+    }
+    append(QStringLiteral("end"));
+    return bytes;
+}
+
+bool recall_agf(QByteArray const &bytes, QMap<QString, ASSET_FRAGMENT> &fragments)
+{
+    fragments.clear();
+    int place = 0;
+    auto const next = [&](QString &text) {
+        int const end = bytes.indexOf('\0', place);
+        if (end < 0)
+            return false;
+        text = QString::fromUtf8(bytes.constData() + place, end - place);
+        place = end + 1;
+        return true;
+    };
+    QString id, count;
+    while (next(id)) {
+        if (place == bytes.size())
+            return id == QLatin1String("end");
+        ASSET_FRAGMENT &fragment = fragments[id];
+        if (!next(fragment.asset) || !next(fragment.note) || !next(count))
+            return false;
+        for (int left = count.toInt(); left > 0; --left) {
+            ASSET_DEPENDENCY dependency;
+            if (!next(dependency.id) || !next(dependency.kind) || !next(dependency.note))
+                return false;
+            fragment.dependencies.append(dependency);
+        }
+    }
+    return false;
+}
+
 }  // namespace QTSHARED

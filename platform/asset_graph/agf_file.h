@@ -19,4 +19,9 @@ ASSET_GRAPH_API QByteArray agf_bytes(QMap<QString, ASSET_FRAGMENT> const &fragme
 // are read.
 ASSET_GRAPH_API bool read_agf(QByteArray const &bytes, QMap<QString, ASSET_FRAGMENT> &fragments, QString &error);
 
+// The same in a form that is quick to take apart: texts one after another, which XML cannot hold a NUL in. False for
+// bytes that are not so.
+QByteArray remembered_agf(QMap<QString, ASSET_FRAGMENT> const &fragments);
+bool recall_agf(QByteArray const &bytes, QMap<QString, ASSET_FRAGMENT> &fragments);
+
 }  // namespace QTSHARED

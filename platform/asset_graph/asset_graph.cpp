@@ -3,6 +3,7 @@
 #include "foundation/finished_file.h"
 #include "foundation/messages.h"
 #include "platform/asset_graph/agf_file.h"
+#include "platform/build_host/file_stamp.h"
 
 #include <QtCore/QDirIterator>
 #include <QtCore/QFile>
@@ -17,24 +18,51 @@ static KN::String disk_name(QString const &path)
 
 ASSET_GRAPH::INDEX &ASSET_GRAPH::index() const
 {
-    std::call_once(was_read, [this] {
-        for (QString const &folder : {old_root, root}) {
-            if (folder.isEmpty())
+    std::call_once(was_read, [this] { read_all(); });
+    return known;
+}
+
+// Of the current tree, as below the root; of the old one, marked so.
+QString ASSET_GRAPH::name_of(QString const &file) const
+{
+    bool const is_old = !old_root.isEmpty() && file.startsWith(old_root + QLatin1Char('/'));
+    return (is_old ? QStringLiteral("<old>/") : QString()) + below_root(file);
+}
+
+void ASSET_GRAPH::read_all() const
+{
+    QHash<QString, AGF_MEMORY::ENTRY> entries;
+    if (remembered)
+        for (AGF_MEMORY::ENTRY const &entry : remembered->recall())
+            entries.insert(entry.agf, entry);
+    for (QString const &folder : {old_root, root}) {
+        if (folder.isEmpty())
+            continue;
+        QDirIterator files(folder, {QStringLiteral("*.agf")}, QDir::Files, QDirIterator::Subdirectories);
+        while (files.hasNext()) {
+            QString const path = files.next();
+            QString const name = name_of(path);
+            FILE_STAMP const stamp = stamp_of(path);
+            AGF_MEMORY::ENTRY const entry = entries.take(name);
+            QMap<QString, ASSET_FRAGMENT> fragments;
+            if (entry.size == stamp.size && entry.time == stamp.time && recall_agf(entry.fragments, fragments)) {
+                enter(below_root(path), fragments, known);
                 continue;
-            QDirIterator files(folder, {QStringLiteral("*.agf")}, QDir::Files, QDirIterator::Subdirectories);
-            while (files.hasNext()) {
-                QFile file(files.next());
-                QMap<QString, ASSET_FRAGMENT> fragments;
-                QString error = QStringLiteral("cannot be read");
-                if (file.open(QIODevice::ReadOnly) && read_agf(file.read(largest_agf + 1), fragments, error))
-                    enter(below_root(file.fileName()), fragments, known);
-                else
-                    KN::message(KN::MESSAGE_WARNING, KN::printable(disk_name(file.fileName())) + ": " +
-                                                         error.toStdString() + "; build its asset again");
+            }
+            QFile file(path);
+            QString error = QStringLiteral("cannot be read");
+            if (file.open(QIODevice::ReadOnly) && read_agf(file.read(largest_agf + 1), fragments, error)) {
+                enter(below_root(path), fragments, known);
+                if (remembered)
+                    remembered->remember({name, stamp.size, stamp.time, remembered_agf(fragments)});
+            } else {
+                KN::message(KN::MESSAGE_WARNING,
+                            KN::printable(disk_name(path)) + ": " + error.toStdString() + "; build its asset again");
             }
         }
-    });
-    return known;
+    }
+    for (AGF_MEMORY::ENTRY const &gone : qAsConst(entries))
+        remembered->remember({gone.agf, 0, 0, {}});
 }
 
 QString ASSET_GRAPH::below_root(QString const &path) const
@@ -76,6 +104,10 @@ bool ASSET_GRAPH::replace_and_save(ASSET_FRAGMENT_BUILDER const &builder, QStrin
         return false;
     }
     enter(below_root(builder.agf_path()), fragments, changed);
+    if (remembered) {
+        FILE_STAMP const stamp = stamp_of(builder.agf_path());
+        remembered->remember({name_of(builder.agf_path()), stamp.size, stamp.time, remembered_agf(fragments)});
+    }
     return true;
 }
 

@@ -14,6 +14,16 @@ bool GRAPH_STORE::add_and_save(ASSET_FRAGMENT_BUILDER &builder, ACTION_INTERFACE
     return true;
 }
 
+QVector<AGF_MEMORY::ENTRY> GRAPH_STORE::recall()
+{
+    QVector<ENTRY> entries;
+    for (KEPT_FILE const &file : record.kept_files())
+        entries.append({file.name, file.size, file.time, file.made});
+    return entries;
+}
+
+void GRAPH_STORE::remember(ENTRY const &entry) { record.keep({entry.agf, entry.size, entry.time, entry.fragments}); }
+
 QString GRAPH_STORE::fragment_id(LOGICAL_PATH const &asset, RULE_CACHE const &) { return ids.id_of(asset); }
 
 }  // namespace QTSHARED

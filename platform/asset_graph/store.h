@@ -4,14 +4,16 @@
 #include "Plugins/Vx2/host/asset_graph.h"
 #include "Plugins/Vx2/host/asset_graph_store.h"
 #include "platform/asset_graph/fragment_id.h"
+#include "platform/build_host/build_record.h"
 
 namespace QTSHARED {
 
-class ASSET_GRAPH_API GRAPH_STORE final : public ASSET_GRAPH_STORE {
+class ASSET_GRAPH_API GRAPH_STORE final : public ASSET_GRAPH_STORE, private AGF_MEMORY {
 public:
-    // The table outlives this object.
-    GRAPH_STORE(QString const &working_root, QString const &old_working_root, FILE_TABLE const &files)
-        : held(working_root, old_working_root), ids(files)
+    // Table and record outlive this object.
+    GRAPH_STORE(QString const &working_root, QString const &old_working_root, FILE_TABLE const &files,
+                BUILD_RECORD &build_record)
+        : record(build_record), held(working_root, old_working_root, this), ids(files)
     {}
 
     bool add_and_save(ASSET_FRAGMENT_BUILDER &builder, ACTION_INTERFACE &action, FILE_TABLE const &files,
@@ -20,6 +22,10 @@ public:
     ASSET_GRAPH *graph() override { return &held; }
 
 private:
+    QVector<ENTRY> recall() override;
+    void remember(ENTRY const &entry) override;
+
+    BUILD_RECORD &record;
     ASSET_GRAPH held;
     FRAGMENT_IDS ids;
 };

@@ -1,5 +1,6 @@
-// The file has three tables: `action` with one blob a key, read whole at every start; `told` with an action's texts;
-// `text` with the text behind each id. A blob is an array of 64-bit words, little-endian:
+// The file has four tables: `action` with one blob a key, read whole at every start; `told` with an action's texts;
+// `text` with the text behind each id; `kept` with what other layers made of files. A blob of `action` is an array of
+// 64-bit words, little-endian:
 //
 //     checksum of the rest, signature, account, flags, number of files, of readings, of targets,
 //     files { path, size, time, hash }.., readings { question, answer }.., targets { path, flags }..
@@ -21,7 +22,7 @@ static_assert(std::endian::native == std::endian::little && sizeof(RECORDED_FILE
 namespace {
 
 constexpr int application_mark = 0x4d4f5852;  // "MOXR"
-constexpr int format_version = 1;
+constexpr int format_version = 2;
 
 constexpr std::size_t head_words = 7;
 
@@ -32,11 +33,12 @@ constexpr char schema[] =
     "CREATE TABLE action(key INTEGER PRIMARY KEY, state BLOB NOT NULL);"
     "CREATE TABLE told(key INTEGER PRIMARY KEY, class TEXT, source TEXT, target TEXT, output TEXT);"
     "CREATE TABLE text(id INTEGER PRIMARY KEY, text TEXT NOT NULL, kind INTEGER NOT NULL);"
+    "CREATE TABLE kept(name TEXT PRIMARY KEY, size INTEGER, time INTEGER, made BLOB) WITHOUT ROWID;"
     "CREATE INDEX text_to_read ON text(id) WHERE kind >= 2;"
     "PRAGMA application_id = 1297045586;"  // application_mark
-    "PRAGMA user_version = 1;"             // format_version
+    "PRAGMA user_version = 2;"             // format_version
     "COMMIT";
-static_assert(application_mark == 1297045586 && format_version == 1);
+static_assert(application_mark == 1297045586 && format_version == 2);
 
 // A statement for as long as a scope.
 class STATEMENT {
@@ -284,17 +286,38 @@ void BUILD_RECORD::remove(std::uint64_t key)
     queued_rows.push_back({key, {}, {}, true});
 }
 
+void BUILD_RECORD::keep(KEPT_FILE file)
+{
+    std::lock_guard const guard(queue_lock);
+    queued_files.push_back(std::move(file));
+}
+
+std::vector<KEPT_FILE> BUILD_RECORD::kept_files() const
+{
+    std::lock_guard const guard(file_lock);
+    std::vector<KEPT_FILE> files;
+    STATEMENT all(database, "SELECT name, size, time, made FROM kept");
+    while (all.step() == SQLITE_ROW) {
+        auto const bytes = static_cast<char const *>(sqlite3_column_blob(all.handle, 3));
+        files.push_back({all.text(0), std::int64_t(all.number(1)), std::int64_t(all.number(2)),
+                         QByteArray(bytes, sqlite3_column_bytes(all.handle, 3))});
+    }
+    return files;
+}
+
 bool BUILD_RECORD::flush(QString &fault)
 {
     std::lock_guard const file_guard(file_lock);
     std::vector<QUEUED_ROW> new_rows;
     std::vector<QUEUED_TEXT> new_texts;
+    std::vector<KEPT_FILE> new_files;
     {
         std::lock_guard const guard(queue_lock);
         new_rows.swap(queued_rows);
         new_texts.swap(queued_texts);
+        new_files.swap(queued_files);
     }
-    if (new_rows.empty() && new_texts.empty())
+    if (new_rows.empty() && new_texts.empty() && new_files.empty())
         return true;
     if (database == nullptr || !execute("BEGIN IMMEDIATE", fault))
         return false;
@@ -306,6 +329,8 @@ bool BUILD_RECORD::flush(QString &fault)
         STATEMENT remove_row(database, "DELETE FROM action WHERE key = ?");
         STATEMENT remove_told(database, "DELETE FROM told WHERE key = ?");
         STATEMENT put_id(database, "INSERT OR IGNORE INTO text VALUES(?, ?, ?)");
+        STATEMENT keep_file(database, "REPLACE INTO kept VALUES(?, ?, ?, ?)");
+        STATEMENT forget_file(database, "DELETE FROM kept WHERE name = ?");
         for (QUEUED_ROW const &row : new_rows) {
             STATEMENT &first = row.bytes.empty() ? remove_row : put_row;
             STATEMENT &second = row.bytes.empty() ? remove_told : put_told;
@@ -328,6 +353,18 @@ bool BUILD_RECORD::flush(QString &fault)
             put_id.bind(2, bytes);
             put_id.bind(3, std::uint64_t(queued.kind));
             result = result != SQLITE_OK ? result : put_id.run();
+        }
+        for (KEPT_FILE const &file : new_files) {
+            STATEMENT &change = file.made.isEmpty() ? forget_file : keep_file;
+            QByteArray const name = file.name.toUtf8();
+            change.bind(1, name);
+            if (!file.made.isEmpty()) {
+                change.bind(2, std::uint64_t(file.size));
+                change.bind(3, std::uint64_t(file.time));
+                sqlite3_bind_blob64(change.handle, 4, file.made.constData(), sqlite3_uint64(file.made.size()),
+                                    SQLITE_STATIC);
+            }
+            result = result != SQLITE_OK ? result : change.run();
         }
     }
     if (result == SQLITE_OK && execute("COMMIT", fault))

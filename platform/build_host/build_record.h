@@ -12,6 +12,7 @@
 
 #include "platform/build_host/api.h"
 
+#include <QtCore/QByteArray>
 #include <QtCore/QString>
 
 #include <cstdint>
@@ -88,6 +89,14 @@ struct RECORD_TEXTS {
     QString output;  // lines, each "LEVEL text", with their ends
 };
 
+// What a layer above made of a file that it read, to be taken instead as long as size and time of the file stay.
+struct KEPT_FILE {
+    QString name;  // the layer's own
+    std::int64_t size = 0;
+    std::int64_t time = 0;
+    QByteArray made;  // empty: nothing is kept any more
+};
+
 // Texts of the last two kinds are read when the record opens.
 enum class TEXT_KIND {
     TOLD,          // for people only
@@ -126,6 +135,10 @@ public:
     // Queues the text behind an id that a queued row uses. From any thread.
     void put_text(std::uint64_t id, QString const &text, TEXT_KIND kind);
     void remove(std::uint64_t key);
+    // Queues what is kept of a file. From any thread.
+    void keep(KEPT_FILE file);
+    // All that the file holds. From any thread; slow.
+    std::vector<KEPT_FILE> kept_files() const;
     // Writes the queue in one transaction. False with the reason in `fault`.
     bool flush(QString &fault);
 
@@ -165,6 +178,7 @@ private:
     std::mutex queue_lock;
     std::vector<QUEUED_ROW> queued_rows;
     std::vector<QUEUED_TEXT> queued_texts;
+    std::vector<KEPT_FILE> queued_files;
     std::unordered_set<std::uint64_t> texts_put;  // of this process; most paths come again and again
-    std::mutex file_lock;                         // one flush at a time
+    mutable std::mutex file_lock;                 // one flush at a time
 };

@@ -11,13 +11,29 @@
 
 namespace QTSHARED {
 
+// Where a graph keeps what it has read, from one process to the next. Calls come from any thread, one at a time.
+class AGF_MEMORY {
+public:
+    struct ENTRY {
+        QString agf;  // the graph's own name of the file
+        qint64 size, time;
+        QByteArray fragments;  // empty: to be forgotten
+    };
+    virtual QVector<ENTRY> recall() = 0;
+    virtual void remember(ENTRY const &entry) = 0;
+
+protected:
+    ~AGF_MEMORY() = default;
+};
+
 class ASSET_GRAPH_API ASSET_GRAPH {
 public:
-    // The first call of any other operation reads all AGF files below the folders. One that cannot be read is a warning
-    // and counts as absent. Paths below either root are kept without it; of a path that both have, the current one
-    // counts.
-    explicit ASSET_GRAPH(QString const &working_root, QString const &old_working_root = {})
-        : root(working_root), old_root(old_working_root)
+    // The first call of any other operation looks at all AGF files below the folders, and reads those that the memory,
+    // which may be null, does not have with their size and time. One that cannot be read is a warning and counts as
+    // absent. Paths below either root are kept without it; of a path that both have, the current one counts.
+    explicit ASSET_GRAPH(QString const &working_root, QString const &old_working_root = {},
+                         AGF_MEMORY *memory = nullptr)
+        : root(working_root), old_root(old_working_root), remembered(memory)
     {}
 
     // The id of the fragment whose asset is `asset`, a path below the working root; empty if there is none.
@@ -37,10 +53,13 @@ private:
     };
 
     QString below_root(QString const &path) const;
+    QString name_of(QString const &file) const;
     INDEX &index() const;
+    void read_all() const;
     void enter(QString const &agf, QMap<QString, ASSET_FRAGMENT> const &fragments, INDEX &to) const;
 
     QString root, old_root;  // the second may be empty
+    AGF_MEMORY *remembered;
     mutable std::once_flag was_read;
     mutable QReadWriteLock lock;  // of `known`
     mutable INDEX known;

@@ -10,6 +10,8 @@
 #include <QtCore/QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 using namespace QTSHARED;
 
 namespace {
@@ -89,6 +91,59 @@ TEST(AssetGraph, IsFollowedBothWaysAndCyclesOnce)
     EXPECT_EQ(steps(graph, "Door", REACH::NEEDED_BY, true),
               QStringList({"1 hut > door", "2 wood > hut", "2 yard > hut", "3 door > wood", "3 hut > wood"}));
     EXPECT_TRUE(steps(graph, "gate", REACH::NEEDS, true).isEmpty());
+}
+
+namespace {
+
+struct MEMORY final : AGF_MEMORY {
+    QVector<ENTRY> recall() override { return entries.values().toVector(); }
+    void remember(ENTRY const &entry) override
+    {
+        if (entry.fragments.isEmpty())
+            entries.remove(entry.agf);
+        else
+            entries[entry.agf] = entry;
+    }
+    QMap<QString, ENTRY> entries;
+};
+
+}  // namespace
+
+// What a file holds is changed behind the memory's back, which shows whether the file was read.
+TEST(AssetGraph, ReadsOnlyFilesThatTheMemoryDoesNotHaveAsTheyAre)
+{
+    QTemporaryDir const tree;
+    MEMORY memory;
+    auto const save = [&](char const *id, char const *needed, AGF_MEMORY *keeper) {
+        ASSET_FRAGMENT_BUILDER fragment = builder(tree, "x.agf");
+        fragment.add_fragment(id, "x & y", "n");
+        fragment.add_dependency(id, needed, all, "m");
+        QString error;
+        return ASSET_GRAPH(tree.path(), {}, keeper).replace_and_save(fragment, error);
+    };
+    auto const file = std::filesystem::path(tree.filePath("x.agf").toStdString());
+    auto const read = [&] { return ASSET_GRAPH(tree.path(), {}, &memory).asset_fragments(); };
+
+    ASSERT_TRUE(save("One", "Wood", &memory));
+    auto const time = std::filesystem::last_write_time(file);
+    ASSERT_TRUE(save("two", "iron", nullptr));
+    std::filesystem::last_write_time(file, time);
+    QMap<QString, ASSET_FRAGMENT> const known = read();
+    ASSERT_EQ(known.keys(), QStringList("one"));
+    EXPECT_EQ(known["one"].asset + known["one"].note, "x & yn");
+    EXPECT_EQ(known["one"].dependencies, (QVector<ASSET_DEPENDENCY>{{"Wood", all, "m"}}));
+
+    QByteArray const whole = memory.entries["x.agf"].fragments;
+    for (int size = 0; size < whole.size(); ++size) {  // a damaged memory is none
+        memory.entries["x.agf"].fragments = whole.left(size);
+        EXPECT_EQ(read().keys(), QStringList("two")) << size;
+        EXPECT_NE(memory.entries["x.agf"].fragments, whole);
+    }
+    memory.entries["x.agf"].fragments = whole;
+    std::filesystem::last_write_time(file, time + std::chrono::seconds(1));
+    EXPECT_EQ(read().keys(), QStringList("two"));
+    std::filesystem::remove(file);
+    EXPECT_TRUE(read().isEmpty() && memory.entries.isEmpty());
 }
 
 TEST(AssetGraph, PathsOfTheOldTreeAreKeptWithoutItsRoot)

@@ -347,6 +347,35 @@ TEST_F(BUILT_TREE, ADamagedRecordIsBegunAnew)
 }
 
 // Neither the lock nor a state folder is needed, nor is one made.
+TEST_F(BUILT_TREE, TheRecordKeepsWhatLayersMadeOfFilesUntilTheyForget)
+{
+    QByteArray const made("a\0b", 3);
+    auto const with_record = [&](auto const &work) {
+        BUILD_RECORD record;
+        QString fault;
+        EXPECT_TRUE(record.open(path("kept.sqlite"), fault)) << fault.toStdString();
+        work(record);
+        EXPECT_TRUE(record.flush(fault)) << fault.toStdString();
+    };
+    auto const kept = [&] {
+        QStringList all;
+        with_record([&](BUILD_RECORD &record) {
+            for (KEPT_FILE const &file : record.kept_files())
+                all +=
+                    QStringLiteral("%1 %2 %3 %4").arg(file.name).arg(file.size).arg(file.time).arg(file.made == made);
+        });
+        return all;
+    };
+    with_record([&](BUILD_RECORD &record) {
+        record.keep({"x", 1, 2, "before"});
+        record.keep({"x", std::int64_t(1) << 40, -5, made});
+        record.keep({"y", 1, 1, made});
+    });
+    EXPECT_EQ(kept(), QStringList({"x 1099511627776 -5 1", "y 1 1 1"}));
+    with_record([&](BUILD_RECORD &record) { record.keep({"x", 0, 0, {}}); });
+    EXPECT_EQ(kept(), QStringList("y 1 1 1"));
+}
+
 TEST_F(BUILT_TREE, TheRecordCanBeReadWhileABuildRuns)
 {
     write(a_text, "a");
