@@ -37,6 +37,8 @@ PACKED_QUATERNION pack_quaternion(QUATERNION const &q)
 
 void pack_quaternions(std::span<QUATERNION const> sources, PACKED_QUATERNION *results)
 {
+    if (sources.empty())
+        return;
     std::size_t const pairs = sources.size() & ~std::size_t(1);
     float const *from = &sources.data()->x;
     for (std::size_t i = 0; i < pairs; i += 2, from += 8)
@@ -73,6 +75,8 @@ WITH_EIGHT_LANES void unpack_by_eight(PACKED_QUATERNION const *sources, std::siz
 
 void unpack_quaternions(std::span<PACKED_QUATERNION const> sources, QUATERNION *results)
 {
+    if (sources.empty())
+        return;
     std::size_t const pairs = sources.size() / 2;
     (eight_lanes() ? unpack_by_eight : unpack_by_four)(sources.data(), pairs, &results->x);
     if (sources.size() % 2 != 0)
