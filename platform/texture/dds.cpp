@@ -66,12 +66,31 @@ bool append_blocks(PICTURE const &picture, FORM const &form, KN::String &bytes)
     return true;
 }
 
-// The third part of a direction whose other two are in red and green.
-void complete_direction(std::uint8_t *pixel)
+// One channel of 16 pixels: two ends, then three bits a pixel. In ascending order the ends have four values between
+// them, and 0 and 255 stand beside; in descending order six.
+void decompress_channel(squish::u8 const *block, unsigned channel, squish::u8 pixels[16][4])
 {
-    float const x = pixel[0] / 127.5f - 1, y = pixel[1] / 127.5f - 1;
-    pixel[2] = std::uint8_t(std::sqrt(std::max(1 - x * x - y * y, 0.0f)) * 127.5f + 128);
-    pixel[3] = 255;
+    unsigned const a = block[0], b = block[1], between = a > b ? 7 : 5;
+    unsigned values[8] = {a, b, 0, 0, 0, 0, 0, 255};
+    for (unsigned i = 1; i < between; ++i)
+        values[i + 1] = ((between - i) * a + i * b) / between;
+    std::uint64_t bits = 0;
+    for (unsigned i = 0; i < 6; ++i)
+        bits |= std::uint64_t(block[2 + i]) << (8 * i);
+    for (unsigned i = 0; i < 16; ++i)
+        pixels[i][channel] = squish::u8(values[bits >> (3 * i) & 7]);
+}
+
+// Two parts of a direction, and the third, which is never negative.
+void decompress_directions(squish::u8 const *block, squish::u8 pixels[16][4])
+{
+    decompress_channel(block, 0, pixels);
+    decompress_channel(block + 8, 1, pixels);
+    for (unsigned i = 0; i < 16; ++i) {
+        float const x = float(pixels[i][0]) / 127.5f - 1, y = float(pixels[i][1]) / 127.5f - 1;
+        pixels[i][2] = squish::u8(std::sqrt(std::max(1 - x * x - y * y, 0.0f)) * 127.5f + 128);
+        pixels[i][3] = 255;
+    }
 }
 
 }  // namespace
@@ -104,14 +123,14 @@ bool read_dds(std::string_view bytes, PICTURE &picture, KN::String &error)
     for (unsigned y0 = 0; y0 < head.height; y0 += 4)
         for (unsigned x0 = 0; x0 < head.width; x0 += 4, block += form->block_size) {
             squish::u8 pixels[16][4] = {};
-            squish::Decompress(pixels[0], block, form->squish_flags);
+            if (form == &bc5)
+                decompress_directions(block, pixels);
+            else
+                squish::Decompress(pixels[0], block, form->squish_flags);
             for (unsigned i = 0; i < 16; ++i) {
                 unsigned const x = x0 + i % 4, y = y0 + i / 4;
-                if (x >= head.width || y >= head.height)
-                    continue;
-                if (form == &bc5)
-                    complete_direction(pixels[i]);
-                std::memcpy(picture.at(x, y), pixels[i], 4);
+                if (x < head.width && y < head.height)
+                    std::memcpy(picture.at(x, y), pixels[i], 4);
             }
         }
     error.clear();

@@ -104,7 +104,7 @@ public:
         CAPTURE = 1,  // many samples a pixel
     };
     enum MATERIAL_SET { BILLBOARD_MATERIALS = 77 };
-    static const int INVALID_MODEL = -1;
+    static constexpr int INVALID_MODEL = -1;
 
     virtual ~ENGINE() = default;
     // Null when the engine was started without services. The engine's own, like the view.
