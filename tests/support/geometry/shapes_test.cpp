@@ -79,24 +79,19 @@ TEST(PlaneShapes, SegmentAgainstCircle)
         EXPECT_EQ(segment_circle(c.segment, {{0, 0}, 5}, c.flags), c.hit) << &c - cases;
     float t0, t1;
     EXPECT_TRUE(segment_circle_parameters({{-10, 3}, {10, 3}}, {{0, 0}, 5}, closed_segment, t0, t1));
-    EXPECT_FLOAT_EQ(t0, 0.3f);  // x = -4 and 4
-    EXPECT_FLOAT_EQ(t1, 0.7f);
+    EXPECT_TRUE(t0 == 0.3f && t1 == 0.7f);  // x = -4 and 4
 }
 
 TEST(PlaneShapes, RectsAndQuads)
 {
-    QUAD2 const quad = {{{0, 0}, {4, 0}, {4, 2}, {0, 2}}};
-    QUAD2 const clockwise = {{{0, 0}, {0, 2}, {4, 2}, {4, 0}}};
-    EXPECT_TRUE(point_in_quad(quad, {4, 2}));
-    EXPECT_TRUE(point_in_quad(quad, {1, 1}));
-    EXPECT_FALSE(point_in_quad(quad, {4.1f, 1}));
-    EXPECT_FALSE(point_in_quad(clockwise, {1, 1}));
+    QUAD2 const quad = {{{0, 0}, {4, 0}, {4, 2}, {0, 2}}}, clockwise = {{{0, 0}, {0, 2}, {4, 2}, {4, 0}}};
+    EXPECT_TRUE(point_in_quad(quad, {4, 2}) && point_in_quad(quad, {1, 1}));
+    EXPECT_FALSE(point_in_quad(quad, {4.1f, 1}) || point_in_quad(clockwise, {1, 1}));
 
     float const s = std::sqrt(0.5f);
     ORIENTED_RECT const turned = {{5, 5}, 4, 2, {s, s}, {-s, s}};  // by 45 degrees
     EXPECT_TRUE(point_in_oriented_rect(turned, {6.4f, 6.4f}));
-    EXPECT_FALSE(point_in_oriented_rect(turned, {6.5f, 6.5f}));
-    EXPECT_FALSE(point_in_oriented_rect(turned, {5.8f, 4.1f}));
+    EXPECT_FALSE(point_in_oriented_rect(turned, {6.5f, 6.5f}) || point_in_oriented_rect(turned, {5.8f, 4.1f}));
 
     auto const square = [](float x, float y, float half) {
         return QUAD2{{{x - half, y - half}, {x + half, y - half}, {x + half, y + half}, {x - half, y + half}}};
@@ -104,38 +99,42 @@ TEST(PlaneShapes, RectsAndQuads)
     EXPECT_TRUE(quad_oriented_rect(square(5, 5, 0.1f), turned));                        // inside
     EXPECT_TRUE(quad_oriented_rect(square(5, 5, 50), turned));                          // around
     EXPECT_TRUE(quad_oriented_rect({{{0, 4.9f}, {9, 4.9f}, {9, 5}, {0, 5}}}, turned));  // across, no corner inside
-    EXPECT_FALSE(quad_oriented_rect(square(7, 3, 1), turned));                          // the boxes around them overlap
+    EXPECT_FALSE(quad_oriented_rect(square(7, 3, 1), turned));  // only the boxes around them overlap
 
-    RECT2 const rect = {{1, 1}, {2, 3}};
-    EXPECT_TRUE(segment_rect({{0, 0}, {3, 3}}, rect));
-    EXPECT_TRUE(segment_rect({{1.5f, 2}, {1.6f, 2}}, rect));
+    RECT2 const rect = {{1, 1}, {2, 3}}, high = {{1.9f, 2.9f}, {2.1f, 9}}, higher = {{1.9f, 3.1f}, {2.1f, 9}};
+    EXPECT_TRUE(segment_rect({{0, 0}, {3, 3}}, rect) && segment_rect({{1.5f, 2}, {1.6f, 2}}, rect));
     EXPECT_FALSE(segment_rect({{0, 2.1f}, {0.9f, 2.9f}}, rect));
     VECTOR2 const arc[4] = {{0, 0}, {0, 4}, {4, 4}, {4, 0}};  // highest at (2, 3)
-    EXPECT_TRUE(bezier_rect(arc, {{1.9f, 2.9f}, {2.1f, 9}}, 8));
-    EXPECT_FALSE(bezier_rect(arc, {{1.9f, 3.1f}, {2.1f, 9}}, 8));
-    EXPECT_FALSE(bezier_rect(arc, {{1.9f, 2.9f}, {2.1f, 9}}, 1));  // the chord lies low
+    EXPECT_TRUE(bezier_rect(arc, high, 8));
+    EXPECT_FALSE(bezier_rect(arc, higher, 8) || bezier_rect(arc, high, 1));  // one chord lies low
 }
 
 TEST(SpaceShapes, SegmentsAgainstPlaneAndSphere)
 {
-    float t = 0, t1 = 0;
     SEGMENT3 const up = {{1, 2, -1}, {1, 2, 3}};
-    EXPECT_TRUE(segment_plane(up, {{0, 0, 1}, -1}, closed_segment, t));  // z = 1
-    EXPECT_EQ(t, 0.5f);
-    EXPECT_FALSE(segment_plane(up, {{0, 0, 1}, -5}, closed_segment, t));
-    EXPECT_TRUE(segment_plane(up, {{0, 0, 1}, -5}, open_past_end, t));
-    EXPECT_EQ(t, 1.5f);
-    EXPECT_TRUE(segment_plane(up, {{0, 0, 2}, -2}, infinite_line, t));  // z = 1 with a normal of 2: times 4
-    EXPECT_EQ(t, 2);
-    EXPECT_FALSE(segment_plane(up, {{1, 0, 0}, 0}, infinite_line, t));
+    struct {
+        PLANE plane;
+        END_FLAGS flags;
+        bool hit;
+        float t;
+    } const cases[] = {
+        {{{0, 0, 1}, -1}, closed_segment, true, 0.5f}, {{{0, 0, 1}, -5}, closed_segment, false, 1.5f},
+        {{{0, 0, 1}, -5}, open_past_end, true, 1.5f},  {{{1, 0, 0}, 0}, infinite_line, false, 9},  // parallel
+        {{{0, 0, 2}, -2}, infinite_line, true, 2},  // z = 1, the normal is 2 long: times 4
+    };
+    for (auto const &c : cases) {
+        float t = 9;
+        EXPECT_EQ(segment_plane(up, c.plane, c.flags, t), c.hit) << &c - cases;
+        EXPECT_EQ(t, c.t) << &c - cases;
+    }
 
     SPHERE const ball = {{0, 0, 10}, 5};
+    float t0, t1;
     VECTOR3 points[2];
-    EXPECT_TRUE(segment_sphere({{3, 0, 0}, {3, 0, 20}}, ball, closed_segment, t, t1));
-    EXPECT_FLOAT_EQ(t, 0.3f);
-    EXPECT_FLOAT_EQ(t1, 0.7f);
+    EXPECT_TRUE(segment_sphere({{3, 0, 0}, {3, 0, 20}}, ball, closed_segment, t0, t1));
+    EXPECT_TRUE(t0 == 0.3f && t1 == 0.7f);
     EXPECT_TRUE(segment_sphere({{3, 0, 20}, {3, 0, 12}}, ball, closed_segment, points));
-    EXPECT_TRUE(points[0] == (VECTOR3{3, 0, 14}) && points[1] == (VECTOR3{3, 0, 6}));     // the second one past the end
+    EXPECT_TRUE(points[0] == (VECTOR3{3, 0, 14}) && points[1] == (VECTOR3{3, 0, 6}));     // the second past the end
     EXPECT_FALSE(segment_sphere({{5, 0, 0}, {5, 0, 20}}, ball, infinite_line, points));   // touches
     EXPECT_FALSE(segment_sphere({{0, 0, 8}, {0, 0, 12}}, ball, closed_segment, points));  // within
     EXPECT_FALSE(segment_sphere({{0, 0, 10}, {0, 0, 10}}, ball, infinite_line, points));
@@ -152,11 +151,10 @@ TEST(SpaceShapes, CapsulesPlanesAndSlabs)
 
     VECTOR3 point = {7, 7, 7};
     EXPECT_TRUE(three_planes({{1, 0, 0}, -2}, {{0, 2, 0}, 6}, {{1, 1, 1}, -4}, point));  // x = 2, y = -3, sum 4
-    EXPECT_TRUE(point == (VECTOR3{2, -3, 5}));
+    EXPECT_EQ(point, (VECTOR3{2, -3, 5}));
     EXPECT_FALSE(three_planes({{1, 0, 0}, 0}, {{0, 1, 0}, 0}, {{1, 1, 0}, 5}, point));
-    EXPECT_TRUE(point == VECTOR3{});
+    EXPECT_EQ(point, VECTOR3{});
 
-    PLANE const ground = {{0, 0, 1}, 0};
     struct {
         float height, slope;
         bool hit;
@@ -165,9 +163,8 @@ TEST(SpaceShapes, CapsulesPlanesAndSlabs)
                        {0.5f, 0, true, 0, 1e32f}, {-5, 0, true, 0, 1e32f}, {-5, 0.0009f, true, 0, 1e32f}};
     for (auto const &c : cases) {
         float t0 = 8, t1 = 8;
-        EXPECT_EQ(slab_interval(ground, {3, 4, c.height, 1}, {1, 0, c.slope}, t0, t1), c.hit) << c.height;
-        EXPECT_EQ(t0, c.t0) << c.height;
-        EXPECT_EQ(t1, c.t1) << c.height;
+        EXPECT_EQ(slab_interval({{0, 0, 1}, 0}, {3, 4, c.height, 1}, {1, 0, c.slope}, t0, t1), c.hit) << c.height;
+        EXPECT_TRUE(t0 == c.t0 && t1 == c.t1) << c.height << ": " << t0 << " to " << t1;
     }
 }
 
