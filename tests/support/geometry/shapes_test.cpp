@@ -79,7 +79,8 @@ TEST(PlaneShapes, SegmentAgainstCircle)
         EXPECT_EQ(segment_circle(c.segment, {{0, 0}, 5}, c.flags), c.hit) << &c - cases;
     float t0, t1;
     EXPECT_TRUE(segment_circle_parameters({{-10, 3}, {10, 3}}, {{0, 0}, 5}, closed_segment, t0, t1));
-    EXPECT_TRUE(t0 == 0.3f && t1 == 0.7f);  // x = -4 and 4
+    EXPECT_FLOAT_EQ(t0, 0.3f);  // x = -4
+    EXPECT_FLOAT_EQ(t1, 0.7f);
 }
 
 TEST(PlaneShapes, RectsAndQuads)
@@ -132,7 +133,8 @@ TEST(SpaceShapes, SegmentsAgainstPlaneAndSphere)
     float t0, t1;
     VECTOR3 points[2];
     EXPECT_TRUE(segment_sphere({{3, 0, 0}, {3, 0, 20}}, ball, closed_segment, t0, t1));
-    EXPECT_TRUE(t0 == 0.3f && t1 == 0.7f);
+    EXPECT_FLOAT_EQ(t0, 0.3f);
+    EXPECT_FLOAT_EQ(t1, 0.7f);
     EXPECT_TRUE(segment_sphere({{3, 0, 20}, {3, 0, 12}}, ball, closed_segment, points));
     EXPECT_TRUE(points[0] == (VECTOR3{3, 0, 14}) && points[1] == (VECTOR3{3, 0, 6}));     // the second past the end
     EXPECT_FALSE(segment_sphere({{5, 0, 0}, {5, 0, 20}}, ball, infinite_line, points));   // touches
