@@ -199,6 +199,47 @@ TEST(MetadataRecords, FieldsThatCameAndWent)
     EXPECT_EQ(old.point[2].number(), 3);
 }
 
+// Neighbours of one size could change places without any other test seeing it.
+TEST(MetadataRecords, FieldsStandInTheirOrder)
+{
+    auto const numbers = [](std::uint32_t first, std::uint32_t last) {
+        BYTES bytes;
+        for (; first <= last; ++first)
+            bytes += u32(first);
+        return bytes;
+    };
+    auto const expect_run = [](std::uint32_t first, std::vector<METADATA_WORD> const &words) {
+        for (METADATA_WORD const &word : words)
+            EXPECT_EQ(word.bits, first++);
+    };
+    BYTES const rotation = f32(0) + f32(0.6f) + f32(0) + f32(0.8f), other_rotation = f32(0) + f32(0) + f32(1) + f32(0);
+
+    auto const blend = read_as<METADATA_NAMED_BLEND>(head(12) + text("x") + text("y") + numbers(1, 10) + text("true") +
+                                                     text("false") + text("false") + text("true") + text("true"));
+    EXPECT_EQ(blend.name_a + blend.name_b, "xy");
+    expect_run(1, {blend.a, blend.b, blend.c, blend.d, blend.e, blend.f[0], blend.f[1], blend.g, blend.h[0]});
+    EXPECT_EQ(blend.flag_a * 16 + blend.flag_b * 8 + blend.flag_c * 4 + blend.flag_d * 2 + blend.flag_e, 0b10011);
+
+    auto const prop = read_as<METADATA_NAMED_PROP>(head(12) + '\5' + text("x") + text("y") + f32(1) + f32(2) + f32(3) +
+                                                   rotation + numbers(1, 3));
+    EXPECT_EQ(prop.name_a + prop.name_b, "xy");
+    EXPECT_EQ(prop.position, (VECTOR3{1, 2, 3}));
+    expect_run(1, {prop.node_index, {prop.mode_a}, {prop.mode_b}});
+
+    auto const area = read_as<METADATA_SHAPED_AREA>(head(12) + numbers(0, 10) + text("x"));
+    EXPECT_EQ(area.shape, 0u);
+    expect_run(1, {area.a, area.b[0], area.b[1], area.b[2], area.b[3], area.b[4], area.b[5], area.b[6], area.c[0]});
+
+    auto const transforms = read_as<METADATA_DOUBLE_TRANSFORM>(
+        head(12) + text("x") + f32(1) + f32(2) + f32(3) + rotation + numbers(1, 6) + other_rotation + numbers(7, 9));
+    EXPECT_EQ(transforms.position_a, (VECTOR3{1, 2, 3}));
+    EXPECT_EQ(transforms.orientation_b, (QUATERNION{0, 0, 1, 0}));
+    expect_run(7, {transforms.b[0], transforms.b[1], transforms.b[2]});
+
+    auto const point = read_as<METADATA_TIMED_POINT>(head(12) + numbers(1, 5));
+    expect_run(1, {point.value, point.point[0], point.point[1], point.point[2], point.value_b});
+}
+
 TEST(MetadataRecords, RotationsAreNormalisedAndOthersAreNot)
 {
     auto const transform = [](float x, float y, float z, float w) {
