@@ -62,14 +62,60 @@ TextureFolder = "textures/castle"
 UpdateDatabase = true
 RigidCategory = "castle"
 )"},
-    {"raw_data/people/rules.toml", R"(# Animated models: their rows go to the tables for these.
-[RigidModelV2]
+    {"raw_data/people/rules.toml",
+     R"(# Animated models: their rows go to the tables for these. Each scene is also an animation of its skeleton, and comes
+# with the pose that its model was skinned in.
+[[RigidModelV2]]
 TargetPath = "models/people"
 TextureFolder = "textures/people"
 AnimationType = "man"
+ExportTechFiles = true
+TechSubFolder = "poses"
 SingleLOD = true
 UpdateDatabase = true
 RigidCategory = "people"
+
+[[Animation]]
+AnimationType = "man"
+TargetPath = "animations/man"
+FPS = 20
+
+[[RigidModelV2]]
+files = "horse.vx2"
+AnimationType = "horse"
+
+[[Animation]]
+files = "horse.vx2"
+AnimationType = "horse"
+TargetPath = "animations/horse"
+
+# A plain mesh for tools, beside the model.
+[GenericMesh]
+files = "soldier.vx2"
+TargetPath = "meshes"
+)"},
+    {"raw_data/meetings/rules.toml", R"(# Scenes with several actors: a folder with an animation for each.
+[ComplexAnimation]
+TargetPath = "animations/meetings"
+)"},
+    {"raw_data/animations/skeletons/man.bone_table", R"(root = "root"
+preferred = true
+bones = [
+    ["root", ""], ["hips", "root"], ["spine", "hips"], ["chest", "spine"], ["neck", "chest"], ["head", "neck"],
+    ["upper_arm_left", "chest"], ["lower_arm_left", "upper_arm_left"], ["hand_left", "lower_arm_left"],
+    ["upper_arm_right", "chest"], ["lower_arm_right", "upper_arm_right"], ["hand_right", "lower_arm_right"],
+    ["thigh_left", "hips"], ["shin_left", "thigh_left"], ["foot_left", "shin_left"],
+    ["thigh_right", "hips"], ["shin_right", "thigh_right"], ["foot_right", "shin_right"],
+]
+)"},
+    {"raw_data/animations/skeletons/horse.bone_table", R"(root = "horse_root"
+bones = [
+    ["horse_root", ""], ["pelvis", "horse_root"], ["back", "pelvis"], ["neck", "back"], ["head", "neck"],
+    ["tail", "pelvis"],
+    ["thigh_left", "pelvis"], ["hind_left", "thigh_left"], ["thigh_right", "pelvis"], ["hind_right", "thigh_right"],
+    ["shoulder_left", "back"], ["fore_left", "shoulder_left"],
+    ["shoulder_right", "back"], ["fore_right", "shoulder_right"],
+]
 )"},
     {"raw_data/props/rules.toml", R"([RigidModelV2]
 TargetPath = "models/props"
@@ -82,12 +128,30 @@ SingleLOD = true
 TargetPath = "terrain"
 TextureFolder = "textures/terrain"
 )"},
+    // What other tools have put among the finished files. The barrel's model has a twin, which takes its bare name.
+    {"working_data/models/props/barrel.klmodel", R"(<model>
+    <geometry>models/props/barrel.rigid_model_v2</geometry>
+    <materials>
+        <material>materials/staves.xml.material</material>
+        <material>materials/hoops.xml.material</material>
+    </materials>
+</model>
+)"},
+    {"working_data/materials/staves.xml.material", R"(<material>
+    <textures>
+        <texture><source>Textures\Props\timber.png</source></texture>
+    </textures>
+</material>
+)"},
 };
 
 constexpr SCENE_FILE scene_files[] = {
     {"raw_data/buildings/hut.vx2", EXAMPLES::write_hut},
     {"raw_data/buildings/yard.vx2", EXAMPLES::write_yard},
     {"raw_data/castle/tower.vx2", EXAMPLES::write_tower},
+    {"raw_data/meetings/meeting.vx2", EXAMPLES::write_meeting},
+    {"raw_data/people/horse.vx2", EXAMPLES::write_horse},
+    {"raw_data/people/soldier.vx2", EXAMPLES::write_soldier},
     {"raw_data/people/villager.vx2", EXAMPLES::write_villager},
     {"raw_data/props/barrel.vx2", EXAMPLES::write_barrel},
     {"raw_data/terrain/tiles/hills/hills.vx2", EXAMPLES::write_hills},

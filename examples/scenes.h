@@ -14,6 +14,12 @@ bool write_yard(KN::String const &path);
 bool write_tower(KN::String const &path);
 // A villager who waves: one weighted mesh on 18 nodes.
 bool write_villager(KN::String const &path);
+// A soldier who marches in place, on the same nodes.
+bool write_soldier(KN::String const &path);
+// A horse: one weighted mesh on 14 nodes.
+bool write_horse(KN::String const &path);
+// The nodes of a man, a horse and a camera, for one scene with several actors.
+bool write_meeting(KN::String const &path);
 // A square of hills, 80 m a side.
 bool write_hills(KN::String const &path);
 // A barrel in a file of version 1.02, from before objects had attributes and vertices had frames.

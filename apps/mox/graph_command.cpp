@@ -3,6 +3,7 @@
 #include "platform/asset_graph/reach.h"
 #include "platform/build_host/session.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QSet>
 
 using namespace QTSHARED;
@@ -94,7 +95,9 @@ int graph_command(OPTIONS const &options)
 
     QString id = options.path.toLower();
     if (!fragments.contains(id)) {
-        QString asset = session.logical_path(options.path);
+        // A relative path is one below the working root.
+        bool const is_whole = options.path.startsWith(QLatin1Char('<')) || QDir::isAbsolutePath(options.path);
+        QString asset = is_whole ? QString(session.logical_path(options.path)) : options.path;
         asset.remove(QStringLiteral("<working>/"));
         QString const found = graph.fragment_id_from_asset_filename(asset);
         id = found.isEmpty() ? asset.toLower() : found.toLower();
