@@ -37,6 +37,8 @@ void ANIMATION_CLIP::load(SOURCE &file, bool single_frame)
     ANIMATION_FILE_TABLES tables;
     bool const whole = read_record(file, tables);
     version = tables.version;
+    if (version < first_animation_version)
+        return;
     fps = tables.fps;
     name = std::move(tables.name);
     duration = tables.duration;
@@ -44,9 +46,17 @@ void ANIMATION_CLIP::load(SOURCE &file, bool single_frame)
         bones = moved_to(allocator, std::move(tables.bones));
     translation_map = moved_to(allocator, std::move(tables.translation_map));
     rotation_map = moved_to(allocator, std::move(tables.rotation_map));
-    if (!whole)
-        return;
+    if (whole)
+        load_frames(file, tables, single_frame);
+    valid = !frames.empty();
+    if (valid && !single_frame)
+        summarise();
+    animation_timing_step("animation clip");
+}
 
+template <class SOURCE>
+void ANIMATION_CLIP::load_frames(SOURCE &file, ANIMATION_FILE_TABLES const &tables, bool single_frame)
+{
     FRAME_READER<SOURCE> reader(file, tables, allocator);
     // Frames without any bytes would be free for the file and not for us; they are all the same.
     constexpr std::uint32_t most_empty_frames = 65536;
@@ -54,21 +64,20 @@ void ANIMATION_CLIP::load(SOURCE &file, bool single_frame)
         reader.frames_are_empty() ? std::min(tables.frame_count, most_empty_frames) : tables.frame_count;
     std::uint32_t const count = single_frame ? 1 : stored;
     KN::DynamicArray<ANIMATION_FRAME *> read;
-    while (read.count < count) {
-        ANIMATION_FRAME *const frame = reader.read();
-        if (frame == nullptr)
-            break;
-        frame->set_maps(translation_map, rotation_map);
-        frame->skeleton = bone_table();
-        frame->bind_frame = skeleton != nullptr ? &skeleton->bind_frame : nullptr;
-        handle_root(*frame, skeleton != nullptr ? skeleton->root_bone : 0, options, read.empty() ? nullptr : read[0]);
+    ANIMATION_FRAME *frame = count != 0 ? reader.read() : nullptr;
+    if (frame == nullptr)
+        return;
+    frame->set_tables(translation_map, rotation_map, bone_table(),
+                      skeleton != nullptr ? &skeleton->bind_frame : nullptr);
+    ROOT_HANDLING const root(*frame, skeleton != nullptr ? skeleton->root_bone : 0, options);
+    root.apply(*frame, nullptr);
+    read.append(frame);
+    while (read.count < count && (frame = reader.read()) != nullptr) {
+        frame->set_tables(*read[0]);
+        root.apply(*frame, read[0]);
         read.append(frame);
     }
     frames = moved_to(allocator, std::move(read));
-    valid = !frames.empty();
-    if (valid && !single_frame)
-        summarise();
-    animation_timing_step("animation clip");
 }
 
 bool ANIMATION_CLIP::check_bone_orientations() const

@@ -15,6 +15,7 @@ class FileIn;
 
 namespace SUPPORT {
 
+struct ANIMATION_FILE_TABLES;
 class SKELETON;
 
 // What a clip is loaded from.
@@ -69,6 +70,8 @@ public:
 private:
     template <class SOURCE>
     void load(SOURCE &file, bool single_frame);
+    template <class SOURCE>
+    void load_frames(SOURCE &file, ANIMATION_FILE_TABLES const &tables, bool single_frame);
     void summarise();
 };
 

@@ -170,9 +170,18 @@ ALLOCATED_ARRAY<T> moved_to(ALLOCATOR &allocator, KN::DynamicArray<T> &&from)
     return array;
 }
 
-// What loading does to the bones without parent and the root of a frame, by the options; see ANIMATION_OPTION.
-// `reference`: the clip's first frame, for later ones; otherwise null.
-void handle_root(ANIMATION_FRAME &frame, std::uint32_t root_bone, std::uint32_t options,
-                 ANIMATION_FRAME const *reference);
+// What loading does to the root of a frame and to the bones without parent, by the options; see ANIMATION_OPTION.
+class ROOT_HANDLING {
+public:
+    // For `frame` and all frames with its tables.
+    ROOT_HANDLING(ANIMATION_FRAME const &frame, std::uint32_t root_bone, std::uint32_t options);
+
+    // `reference`: the clip's first frame, for later ones; otherwise null.
+    void apply(ANIMATION_FRAME &frame, ANIMATION_FRAME const *reference) const;
+
+private:
+    std::uint32_t root, flags;
+    KN::DynamicArray<std::uint32_t> touched;  // bones, in the order of the table
+};
 
 }  // namespace SUPPORT

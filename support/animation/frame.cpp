@@ -17,13 +17,26 @@ std::uint32_t count_in_order(std::span<std::int32_t const> map, std::size_t valu
 
 }  // namespace
 
-void ANIMATION_FRAME::set_maps(std::span<std::int32_t const> of_translations,
-                               std::span<std::int32_t const> of_rotations)
+void ANIMATION_FRAME::set_tables(std::span<std::int32_t const> of_translations,
+                                 std::span<std::int32_t const> of_rotations, BONE_TABLE bones,
+                                 ANIMATION_FRAME const *bind)
 {
+    skeleton = bones;
+    bind_frame = bind;
     translation_map = of_translations;
     rotation_map = of_rotations;
     translations_in_order = count_in_order(translation_map, translations.size());
     rotations_in_order = count_in_order(rotation_map, rotations.size());
+}
+
+void ANIMATION_FRAME::set_tables(ANIMATION_FRAME const &like)
+{
+    skeleton = like.skeleton;
+    bind_frame = like.bind_frame;
+    translation_map = like.translation_map;
+    rotation_map = like.rotation_map;
+    translations_in_order = like.translations_in_order;
+    rotations_in_order = like.rotations_in_order;
 }
 
 VECTOR3 ANIMATION_FRAME::translation_of(std::size_t bone) const

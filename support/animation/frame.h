@@ -32,8 +32,11 @@ struct ANIMATION_FRAME {
     // So many bones from the first on stand in the arrays at their own numbers; loops over these need no map.
     std::uint32_t translations_in_order = 0, rotations_in_order = 0;
 
-    // Gives the frame the maps of all frames.
-    void set_maps(std::span<std::int32_t const> of_translations, std::span<std::int32_t const> of_rotations);
+    // Gives a frame that has its arrays the tables that all frames share.
+    void set_tables(std::span<std::int32_t const> of_translations, std::span<std::int32_t const> of_rotations,
+                    BONE_TABLE bones, ANIMATION_FRAME const *bind);
+    // Those of another frame, whose arrays are as long.
+    void set_tables(ANIMATION_FRAME const &like);
 
     // What the frame has for a bone: from its own arrays, or from the bind frame.
     VECTOR3 translation_of(std::size_t bone) const;

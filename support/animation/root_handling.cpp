@@ -3,15 +3,28 @@
 
 namespace SUPPORT {
 
-void handle_root(ANIMATION_FRAME &frame, std::uint32_t root_bone, std::uint32_t options,
-                 ANIMATION_FRAME const *reference)
+// Bones without parent change a frame only if it holds their translation. No more of them are touched than there are
+// translations, so that a frame costs no more than its bytes also where many bones share one.
+ROOT_HANDLING::ROOT_HANDLING(ANIMATION_FRAME const &frame, std::uint32_t root_bone, std::uint32_t options)
+    : root(root_bone), flags(options)
 {
-    bool const relative_height = (options & ANIMATION_RELATIVE_XYZ) != 0;
-    bool const relative = relative_height || (options & ANIMATION_RELATIVE_XZ) != 0;
+    std::size_t left = frame.translations.size();
     for (std::uint32_t bone = 0; bone < frame.skeleton.size(); ++bone) {
-        bool const is_root = bone == root_bone;
-        if (!is_root && frame.skeleton[bone].parent >= 0)
-            continue;
+        if (bone == root) {
+            touched.append(bone);
+        } else if (left != 0 && frame.skeleton[bone].parent < 0 &&
+                   mapped(frame.translations, frame.translation_map, bone) != nullptr) {
+            touched.append(bone);
+            --left;
+        }
+    }
+}
+
+void ROOT_HANDLING::apply(ANIMATION_FRAME &frame, ANIMATION_FRAME const *reference) const
+{
+    bool const relative_height = (flags & ANIMATION_RELATIVE_XYZ) != 0;
+    bool const relative = relative_height || (flags & ANIMATION_RELATIVE_XZ) != 0;
+    for (std::uint32_t const bone : touched) {
         VECTOR3 place = frame.translation_of(bone);
         if (relative && reference != nullptr) {
             place.x -= reference->root_position.x;
@@ -19,13 +32,13 @@ void handle_root(ANIMATION_FRAME &frame, std::uint32_t root_bone, std::uint32_t 
             if (relative_height)
                 place.y -= reference->root_position.y;
         }
-        if (is_root) {
+        if (bone == root) {
             frame.root_position = place;
             frame.heading = heading_of(unpack_quaternion(frame.rotation_of(bone)), nullptr, bone, false);
         }
         // Bones behind the root in the table keep their places against it; the position in front of it is still 0.
-        if ((options & ANIMATION_ROOT_AT_ZERO) != 0)
-            place = is_root ? VECTOR3{} : place - frame.root_position;
+        if ((flags & ANIMATION_ROOT_AT_ZERO) != 0)
+            place = bone == root ? VECTOR3{} : place - frame.root_position;
         if (VECTOR3 *const stored = mapped(frame.translations, frame.translation_map, bone))
             *stored = place;
     }

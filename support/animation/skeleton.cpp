@@ -81,10 +81,8 @@ void SKELETON::load(SOURCE &file, SOURCE &matrix_file, std::uint32_t options, KN
         bind_block = FRAME_READER<SOURCE>(file, tables, home).read();
     if (bind_block != nullptr)
         bind_frame = *bind_block;
-    bind_frame.set_maps(translation_map, rotation_map);
-    bind_frame.skeleton = bones;
-    bind_frame.bind_frame = &bind_frame;
-    handle_root(bind_frame, root_bone, options, nullptr);
+    bind_frame.set_tables(translation_map, rotation_map, bones, &bind_frame);
+    ROOT_HANDLING(bind_frame, root_bone, options).apply(bind_frame, nullptr);
     inverse_bind_matrices = read_matrices(matrix_file, home);
     blend_frames(bind_pose, bind_frame, bind_frame, 0, BLEND_SPHERICAL, this, nullptr);
     animation_timing_step("skeleton");

@@ -81,8 +81,8 @@ KERNEL void linear_blend(COMPONENTS<F> const &a, COMPONENTS<F> const &b, float t
                    blended);
 }
 
-// Along the arc on the shorter way where 1 - dot(a, b) is at least `threshold`, straight elsewhere. The second
-// one is turned to the other side unless the dot product is at least 0, which one that is no number is not.
+// Along the arc on the shorter way where 1 - dot(a, b) is at least `threshold`, straight elsewhere. The second one is
+// turned to the other side unless the dot product is at least 0, which one that is no number is not.
 template <class F>
 KERNEL void spherical_blend(COMPONENTS<F> const &a, COMPONENTS<F> const &given, float t, float threshold,
                             COMPONENTS<F> &blended)

@@ -290,3 +290,18 @@ TEST(AnimationFile, CountsCostNoMoreThanTheirBytes)
         EXPECT_EQ(2u, skeleton.inverse_bind_matrices.size());
     });
 }
+
+// Two tables of moderate size must not be multiplied: this would take an hour.
+TEST(AnimationFile, BonesTimesFramesAreNotWork)
+{
+    constexpr unsigned many = 300'000;
+    MADE_FILE made = made_walk(1);
+    made.bones.assign(many, {"", -1});
+    made.translation_map.assign(many, 0);
+    made.rotation_map.assign(many, -1);
+    made.frames.assign(many, {{{1, 2, 3}}, {}});
+    BYTES const bytes = made.bytes();
+    KN::BufferedMemory stream(bytes.data(), bytes.size());
+    ANIMATION_CLIP const clip(stream, nullptr, 12, {}, animation_heap());
+    EXPECT_EQ(many, clip.frames.size());
+}
