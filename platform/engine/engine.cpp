@@ -160,11 +160,6 @@ private:
     int mode = PREVIEW;
 };
 
-ENGINE *make_engine(bool mount_data, bool start_services, bool open_view)
-{
-    return new OFFLINE_ENGINE(mount_data, start_services, open_view);
-}
-
 // Engines can be started for as long as this library is loaded.
 struct REGISTRATION {
     REGISTRATION() { ACTION_INIT_KESTREL::set_engine_maker(make_engine); }
@@ -172,5 +167,10 @@ struct REGISTRATION {
 } const registration;
 
 }  // namespace
+
+ENGINE *make_engine(bool mount_data, bool start_services, bool open_view)
+{
+    return new OFFLINE_ENGINE(mount_data, start_services, open_view);
+}
 
 }  // namespace KESTREL

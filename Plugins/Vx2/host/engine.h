@@ -125,8 +125,9 @@ public:
     virtual void end_frame() = 0;
 };
 
-// A new engine. mount_data: names below the working root are found; start_services: there is a model service;
-// open_view: there is a view.
+// A new engine, the caller's. mount_data: names below the working root are found; start_services: there is a model
+// service; open_view: there is a view. While its library is loaded, ACTION_INIT_KESTREL makes engines with it.
+ENGINE_API ENGINE *make_engine(bool mount_data, bool start_services, bool open_view);
 using ENGINE_MAKER = ENGINE *(*)(bool mount_data, bool start_services, bool open_view);
 
 }  // namespace KESTREL
