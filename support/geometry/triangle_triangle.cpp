@@ -158,14 +158,13 @@ bool strictly_inside(FLAT const &point, FLAT const (&t)[3])
 }
 
 // A plane through triangle `a`, whose corners lie on a line, that is not the plane of `b`, or that holds both where one
-// does. With b on a line too, the normal stands square on both lines.
+// does. With b on a line too, the normal stands square on both lines. (Of two points there is none, nor is it needed:
+// points whose boxes meet are the same.)
 [[gnu::noinline]] DOUBLE3 normal_beside(CUT_TRIANGLE const &a, CUT_TRIANGLE const &b, DOUBLE3 const &normal_b)
 {
     DOUBLE3 along = a.edge(0).is_zero() ? a.edge(1) : a.edge(0);
     if (along.is_zero())  // a is a point
         along = b.edge(0).is_zero() ? b.edge(1) : b.edge(0);
-    if (along.is_zero())  // b too
-        along = b.corner(0) - a.corner(0);
     DOUBLE3 candidate = cross(along, normal_b);
     for (unsigned i = 0; i < 3 && candidate.is_zero(); ++i)
         candidate = cross(along, b.edge(i));

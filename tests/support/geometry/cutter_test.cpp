@@ -124,6 +124,7 @@ TEST(PolygonCutter, EachResultHasItsCode)
         {"open, inside", box, {{3, 3}, {5, 5}, {7, 3}}, false, OPEN_INSIDE, 1},
         {"open, outside", box, {{-3, 3}, {-5, 5}}, false, OPEN_OUTSIDE, 1},
         {"touches within the tolerance", box, {{-1, 9.05f}, {0.04f, 9.95f}, {1, 11}}, false, OPEN_OUTSIDE, 1},
+        {"a vertex just outside is passed over", box, {{2, 5}, {4, -0.05f}, {8, 0.5f}, {8, 11}}, false, OPEN_CUT, 3},
         {"through two corners", box, {{-5, -5}, {15, 15}}, false, OPEN_CUT, 2},
         {"no polyline", box, {}, false, OPEN_INSIDE, 1},
     };

@@ -70,9 +70,10 @@ struct NOISE_CASE {
 
 std::vector<NOISE_CASE> noise_cases()
 {
-    return {{"the whole lattice", GRADIENT_NOISE()},
-            {"short periods, not all of them powers of two", GRADIENT_NOISE({1, 1, 1}, 3, 8, 100)},
-            {"uneven scale, one of them mirrored", GRADIENT_NOISE({0.37f, -2, 11}, 256, 1, 0xfffffffd)}};
+    return {
+        {"the whole lattice", GRADIENT_NOISE()},
+        {"short periods, not all of them powers of two", GRADIENT_NOISE({1, 1, 1}, 3, 8, 100)},
+        {"long periods and an uneven scale, one of it mirrored", GRADIENT_NOISE({0.37f, -2, 11}, 1000, 1, 0xfffffffd)}};
 }
 
 }  // namespace
