@@ -1,4 +1,5 @@
-// Frame times as a text for people: mean, extremes and spread of five clocks, and every single time. Any thread may call.
+// Frame times as a text for people: mean, extremes and spread of five clocks, and every single time. Any thread may
+// call.
 #pragma once
 
 #include "foundation/dynamic_array.h"
