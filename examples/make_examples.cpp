@@ -128,6 +128,14 @@ SingleLOD = true
 TargetPath = "terrain"
 TextureFolder = "textures/terrain"
 )"},
+    {"raw_data/trees/rules.toml",
+     R"(# Trees: a model, and billboards for the distance, one for each season whose leaves there are.
+[RigidModelV2]
+TargetPath = "models/trees"
+TextureFolder = "textures/trees"
+SingleLOD = true
+Tree = true
+)"},
     // What other tools have put among the finished files. The barrel's model has a twin, which takes its bare name.
     {"working_data/models/props/barrel.klmodel", R"(<model>
     <geometry>models/props/barrel.rigid_model_v2</geometry>
@@ -155,6 +163,7 @@ constexpr SCENE_FILE scene_files[] = {
     {"raw_data/people/villager.vx2", EXAMPLES::write_villager},
     {"raw_data/props/barrel.vx2", EXAMPLES::write_barrel},
     {"raw_data/terrain/tiles/hills/hills.vx2", EXAMPLES::write_hills},
+    {"raw_data/trees/oak.vx2", EXAMPLES::write_oak},
 };
 
 constexpr PICTURE_FILE picture_files[] = {
@@ -171,6 +180,11 @@ constexpr PICTURE_FILE picture_files[] = {
     {"raw_data/props/timber.tga", EXAMPLES::timber_picture},
     {"raw_data/terrain/tiles/hills/grass.tga", EXAMPLES::grass_picture},
     {"raw_data/terrain/tiles/hills/rock.tga", EXAMPLES::rock_picture},
+    {"raw_data/trees/bark_diffuse.tga", EXAMPLES::bark_picture},
+    {"raw_data/trees/leaves_diffuse.tga", EXAMPLES::leaves_picture},
+    {"raw_data/trees/leaves_spring_diffuse.tga", EXAMPLES::leaves_spring_picture},
+    {"raw_data/trees/leaves_autumn_diffuse.tga", EXAMPLES::leaves_autumn_picture},
+    {"raw_data/trees/leaves_winter_diffuse.tga", EXAMPLES::leaves_winter_picture},
 };
 
 }  // namespace

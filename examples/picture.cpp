@@ -154,16 +154,70 @@ PICTURE cloth_picture()
     });
 }
 
+PICTURE bark_picture()
+{
+    return painted([](float u, float v) {
+        float const furrows = tiling_noise(u, v, 24, 3, 71), cracks = tiling_clouds(u, v, 16, 8, 3, 72);
+        return mixed({0.13f, 0.10f, 0.08f}, {0.42f, 0.36f, 0.30f}, 0.6f * furrows + 0.4f * cracks);
+    });
+}
+
+// `count` leaves, each an ellipse with a rib; they may lie over each other, the last on top. The colours are two
+// between which the leaves vary.
+static PICTURE leaves(int count, PICTURE::COLOUR const &dark, PICTURE::COLOUR const &light)
+{
+    PICTURE::COLOUR const between = mixed(dark, light, 0.5f);
+    PICTURE picture;
+    for (PICTURE::COLOUR &pixel : picture.pixels)
+        pixel = {between.red, between.green, between.blue, 0};
+    // Turning by the golden angle, a leaf comes to lie where none is near.
+    constexpr float golden_angle = 2.39996323f, half = FIELD::size / 2.0f;
+    for (int leaf = 0; leaf < count; ++leaf) {
+        float const angle = golden_angle * float(leaf);
+        float const distance = 0.82f * half * std::sqrt((float(leaf) + 0.5f) / float(count));
+        float const x0 = half + distance * std::cos(angle), y0 = half + distance * std::sin(angle);
+        float const along_x = std::cos(angle * 1.7f), along_y = std::sin(angle * 1.7f);
+        float const tone = 0.5f + 0.5f * std::sin(angle * 3.1f);
+        constexpr float long_side = 22, short_side = 10;  // pixels
+        for (int y = int(y0 - long_side); y <= int(y0 + long_side); ++y)
+            for (int x = int(x0 - long_side); x <= int(x0 + long_side); ++x) {
+                float const along = (float(x) - x0) * along_x + (float(y) - y0) * along_y;
+                float const across = (float(y) - y0) * along_x - (float(x) - x0) * along_y;
+                float const lobes = short_side * (1 + 0.18f * std::sin(along * 0.9f));
+                float const edge = along * along / (long_side * long_side) + across * across / (lobes * lobes);
+                if (edge > 1 || x < 0 || y < 0 || x >= FIELD::size || y >= FIELD::size)
+                    continue;
+                float const rib = std::fabs(across) < 1 ? 0.25f : 0.0f;
+                PICTURE::COLOUR const colour = mixed(dark, light, std::fmin(tone * (1 - 0.4f * edge) + rib, 1));
+                picture.pixels[std::size_t(y * FIELD::size + x)] = colour;
+            }
+    }
+    return picture;
+}
+
+PICTURE leaves_picture() { return leaves(110, {0.10f, 0.22f, 0.06f}, {0.32f, 0.48f, 0.16f}); }
+PICTURE leaves_spring_picture() { return leaves(80, {0.25f, 0.40f, 0.10f}, {0.60f, 0.75f, 0.30f}); }
+PICTURE leaves_autumn_picture() { return leaves(95, {0.45f, 0.16f, 0.04f}, {0.85f, 0.55f, 0.12f}); }
+PICTURE leaves_winter_picture() { return leaves(9, {0.25f, 0.17f, 0.10f}, {0.42f, 0.30f, 0.18f}); }
+
 bool save_picture(PICTURE const &picture, KN::String const &path)
 {
-    // Uncompressed true colour, 24 bits, rows from the bottom; the size stands at bytes 12 and 14.
+    // Uncompressed true colour, rows from the bottom; the size stands at bytes 12 and 14. With opacity 32 bits, of
+    // which 8 are told for it in the last byte of the head, else 24.
     constexpr unsigned char size_low = FIELD::size & 255, size_high = FIELD::size >> 8;
-    constexpr unsigned char header[18] = {0, 0, 2, 0,        0,         0,        0,         0,  0,
-                                          0, 0, 0, size_low, size_high, size_low, size_high, 24, 0};
+    bool const is_solid =
+        std::ranges::all_of(picture.pixels, [](PICTURE::COLOUR const &pixel) { return pixel.opacity == 1; });
+    unsigned char const bits = is_solid ? 24 : 32, opacity_bits = is_solid ? 0 : 8;
+    unsigned char const header[18] = {0, 0, 2, 0,        0,         0,        0,         0,    0,
+                                      0, 0, 0, size_low, size_high, size_low, size_high, bits, opacity_bits};
     std::string bytes(header, header + sizeof header);
-    for (PICTURE::COLOUR const &pixel : picture.pixels)
+    auto const append = [&](float part) { bytes += char(std::lround(std::clamp(part, 0.0f, 1.0f) * 255)); };
+    for (PICTURE::COLOUR const &pixel : picture.pixels) {
         for (float part : {pixel.blue, pixel.green, pixel.red})
-            bytes += char(std::lround(std::clamp(part, 0.0f, 1.0f) * 255));
+            append(part);
+        if (!is_solid)
+            append(pixel.opacity);
+    }
     KN::String error;
     if (KN::write_finished_file(path, bytes, error))
         return true;

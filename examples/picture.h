@@ -18,6 +18,7 @@ struct FIELD {
 struct PICTURE {
     struct COLOUR {
         float red, green, blue;  // 0 to 1, as a screen shows them
+        float opacity = 1;
     };
     std::vector<COLOUR> pixels = std::vector<COLOUR>(FIELD::size * FIELD::size);
 };
@@ -35,6 +36,12 @@ PICTURE stone_normal_picture();  // the relief of stone_picture
 PICTURE grass_picture();
 PICTURE rock_picture();
 PICTURE cloth_picture();
+PICTURE bark_picture();  // furrows along v
+// Oak leaves with nothing between them, through the year.
+PICTURE leaves_picture();  // of summer
+PICTURE leaves_spring_picture();
+PICTURE leaves_autumn_picture();
+PICTURE leaves_winter_picture();  // the few that stay
 
 // False, with a line on standard error, if the file cannot be written.
 bool save_picture(PICTURE const &picture, KN::String const &path);

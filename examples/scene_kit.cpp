@@ -33,6 +33,8 @@ int add_material(VEX2 &scene, LOOK const &look)
     add_parameter<VEX2_FLOAT_ATTRIBUTE, VEX2_FLOAT_CHANNEL>(material->floats, MATERIAL_NAME::metalness, look.metalness);
     if (look.two_sided)
         add_parameter<VEX2_INT_ATTRIBUTE, VEX2_INT_CHANNEL>(material->ints, MATERIAL_NAME::two_sided, 1u);
+    if (look.cut_out)
+        add_parameter<VEX2_INT_ATTRIBUTE, VEX2_INT_CHANNEL>(material->ints, MATERIAL_NAME::alpha_mode, 1u);
     scene.materials.append(material);
     return int(scene.materials.count) - 1;
 }

@@ -26,6 +26,7 @@ struct LOOK {
     float roughness = 0.9f;
     float metalness = 0;
     bool two_sided = false;
+    bool cut_out = false;  // where the picture's opacity is below a half, there is nothing
 };
 
 // Its index among the scene's materials.

@@ -20,6 +20,8 @@ bool write_soldier(KN::String const &path);
 bool write_horse(KN::String const &path);
 // The nodes of a man, a horse and a camera, for one scene with several actors.
 bool write_meeting(KN::String const &path);
+// An oak, 9 m high: bark, and leaves on cards whose pictures have seasons.
+bool write_oak(KN::String const &path);
 // A square of hills, 80 m a side.
 bool write_hills(KN::String const &path);
 // A barrel in a file of version 1.02, from before objects had attributes and vertices had frames.

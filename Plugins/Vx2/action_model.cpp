@@ -112,6 +112,8 @@ bool ACTION_MODEL::convert(PHYSICAL_PATH const &from, PHYSICAL_PATH const &to, R
 
     KN::String const target = local_8_bit(to);
     converter.target = target;
+    if (!final_target_path.isEmpty())
+        converter.final_target = local_8_bit(final_target_path + "/" + target_stem() + target_extension());
     bool const debug = should_output_debug_animation_info(rules);
     KN::String const source_name = local_8_bit(from);
     bool const opened = scene_slot

@@ -374,7 +374,7 @@ bool MODEL_PROCESSOR::write(KN::String const &model_file, MODEL_STATISTICS_INTER
             return fail(error.empty() ? path + ": its folder cannot be made" : error);
     }
 
-    state->add_textures(model_file, tree);
+    state->add_textures(final_target.empty() ? model_file : final_target, tree);
     std::uint64_t size = 0;
     bool const written = GLTF::write_glb(state->document, model_file, error, &size);
     state->levels.clear();  // the document is used up

@@ -130,7 +130,11 @@ KN::String name_of(KN::String const &path, KN::String const &root)
 
 KN::String name_beside(KN::String const &model, std::string const &relative, KN::String const &root)
 {
-    return name_of(model.substr(0, model.find_last_of("/\\") + 1) + relative, root);
+    KN::String const beside = name_of(model.substr(0, model.find_last_of("/\\") + 1) + relative, root);
+    std::size_t first = 0;
+    while (relative.compare(first, 3, "../") == 0)
+        first += 3;
+    return first == 0 || KN::exists(path_of(beside, root)) ? beside : KN::String(relative.substr(first));
 }
 
 void RENDER_PART::blend(std::vector<float> const &from, unsigned width, PLACE const &place, float *to) const

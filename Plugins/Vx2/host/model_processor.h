@@ -34,6 +34,7 @@ public:
     static KN::String get_lighting_materials_xml();
 
     KN::String target;            // the model file, as `write` will get it
+    KN::String final_target;      // where it ends up, if `target` is temporary: from there it names its textures
     KN::String description_file;  // if named, the model's description (boxes, incendiary points) is written there too
     bool disable_alpha_test = false;
     bool tree = false;                     // cut-out surfaces are leaves: seen from both sides
