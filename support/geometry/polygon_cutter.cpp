@@ -63,7 +63,7 @@ bool POLYGON_CUTTER::set_outline(POLYLINE const &polyline)
     for (unsigned i = 1; i < polyline.size(); ++i)
         link_behind(ring->ring_prev, make_node(polyline[i], -1));
 
-    constexpr unsigned run_length = 16;
+    constexpr unsigned run_length = 12;
     CUT_NODE *node = ring;
     for (unsigned i = 0; i < node_count; ++i, node = node->ring_next) {
         FLAT_BOX const box(place(*node), place(*node->ring_next));

@@ -120,9 +120,9 @@ struct GRADIENT_NOISE::CORNERS {
 
     CORNERS(GRADIENT_NOISE const &noise, ROW_OF_CELLS const &row, std::uint32_t line_x)
     {
-        std::uint32_t const *const permutation = noise.permutation;
-        std::uint32_t const plane = permutation[line_x];
-        std::uint32_t const line[2] = {permutation[(plane + row.y[0]) & 255], permutation[(plane + row.y[1]) & 255]};
+        std::uint32_t const *const mixed = noise.permutation;
+        std::uint32_t const plane = mixed[line_x];
+        std::uint32_t const line[2] = {mixed[(plane + row.y[0]) & 255], mixed[(plane + row.y[1]) & 255]};
         auto const gradient = [&](unsigned side_y, unsigned side_z) {
             return _mm_load_ps(&noise.shuffled_gradients[(line[side_y] + row.z[side_z]) & 255].x);
         };
