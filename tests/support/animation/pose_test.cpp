@@ -215,19 +215,20 @@ TEST(RotationDelta, TurnsFromOneTimeToTheOtherAndOverTheEnd)
     file.bones = {{"wheel", -1}};
     file.translation_map = {-1};
     file.rotation_map = {0};
-    // 20 degrees a frame; every second one is stored as its negative.
+    // 35 degrees a frame; every second one is stored as its negative.
     for (int i = 0; i < 5; ++i)
-        file.frames.push_back({{}, {pack_quaternion(i % 2 == 0 ? about_y(20 * i) : -about_y(20 * i))}});
+        file.frames.push_back({{}, {pack_quaternion(i % 2 == 0 ? about_y(35 * i) : -about_y(35 * i))}});
     DISK_FILE disk(file.bytes());
     ANIMATION_CLIP const clip(disk.file, nullptr, ANIMATION_LOOPS, {}, animation_heap());
     struct {
         float time, span;
         double degrees;
-    } const cases[] = {{0, 0.1f, 20}, {0.05f, 0.2f, 40}, {0.35f, 0.1f, 20}, {0.25f, 0.35f, 70}, {0.3f, 0, 0}};
+    } const cases[] = {{0, 0.1f, 35}, {0.05f, 0.2f, 70}, {0.35f, 0.1f, 35}, {0.25f, 0.35f, 122.5}, {0.3f, 0, 0}};
     for (auto const &c : cases)
         EXPECT_LT(turn_between(about_y(c.degrees), rotation_delta(0, clip, c.time, c.span)), 2e-3) << c.time;
-    // The sign is that of the product of the factors as they are turned to each other, on the side of the identity.
+    // The conjugate, not the rotation itself, is turned to the other factor: far from the identity the sign changes.
     EXPECT_GT(rotation_delta(0, clip, 0, 0.1f).w, 0);
+    EXPECT_LT(rotation_delta(0, clip, 0.35f, 0.04f).w, 0);
 }
 
 TEST(Heading, FollowsZAndNearTheVerticalY)
