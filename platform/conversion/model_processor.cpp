@@ -90,6 +90,7 @@ struct MODEL_PROCESSOR::STATE {
     MODEL_LEVEL_STATISTICS statistics_of(std::size_t level);
     void add_extras(std::vector<MODEL_LEVEL_STATISTICS> const &statistics);
     void add_textures(KN::String const &target, bool is_tree);
+    void add_place(KN::String const &folder);
     std::vector<GLTF::GEOMETRY> finest_geometry();
 };
 
@@ -267,6 +268,15 @@ void MODEL_PROCESSOR::STATE::add_textures(KN::String const &target, bool is_tree
     }
 }
 
+// So that the textures are found while the model stands elsewhere.
+void MODEL_PROCESSOR::STATE::add_place(KN::String const &folder)
+{
+    PHYSICAL_PATH const physical(QString::fromUtf8(source.c_str()));
+    KN::String const working(PATHS::target_working_data(physical).toStdString() + "/");
+    if (folder.starts_with(working))
+        document.extras.emplace_back("place", folder.substr(working.size()));
+}
+
 std::vector<GLTF::GEOMETRY> MODEL_PROCESSOR::STATE::finest_geometry()
 {
     std::vector<GLTF::GEOMETRY> meshes;
@@ -375,6 +385,8 @@ bool MODEL_PROCESSOR::write(KN::String const &model_file, MODEL_STATISTICS_INTER
     }
 
     state->add_textures(final_target.empty() ? model_file : final_target, tree);
+    if (!final_target.empty())
+        state->add_place(folder_of(final_target));
     std::uint64_t size = 0;
     bool const written = GLTF::write_glb(state->document, model_file, error, &size);
     state->levels.clear();  // the document is used up

@@ -83,6 +83,7 @@ template <class STREAM, class HEAD>
 void head_fields(STREAM &stream, HEAD &head)
 {
     stream.field(head.skeleton);
+    stream.field(head.place);
     stream.size(head.materials, 12);
     for (auto &material : head.materials) {
         stream.field(material.name);

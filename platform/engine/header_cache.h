@@ -2,8 +2,8 @@
 // it makes, read back.
 //
 // On disk, little-endian: the bytes "RHDB", u32 version 1, u32 count, then for each model its name below the working
-// root and its head: skeleton, materials (name, colour texture, normal texture), levels (meshes: name, indices of
-// materials). Texts are a u32 count and bytes, lists a u32 count and elements. Models stand in the order of their
+// root and its head: skeleton, place, materials (name, colour texture, normal texture), levels (meshes: name, indices
+// of materials). Texts are a u32 count and bytes, lists a u32 count and elements. Models stand in the order of their
 // names.
 #pragma once
 

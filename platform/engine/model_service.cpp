@@ -62,7 +62,7 @@ KN_STD::VECTOR<LEVEL_ASSET> MODEL_SERVICE::level_assets(unsigned handle, unsigne
             GLTF::MATERIAL const &made_of = model->head.materials[std::size_t(material)];
             for (GLTF::TEXTURE const &texture : {made_of.diffuse, made_of.normal})
                 if (!texture.uri.empty())
-                    asset.paths.push_back(name_beside(model->path, texture.uri, data_root));
+                    asset.paths.push_back(name_from(model->path, model->head, texture.uri, data_root));
         }
     }
     return assets;

@@ -1,6 +1,7 @@
 #include "platform/engine/ray_scene.h"
 
 #include "foundation/messages.h"
+#include "support/maths/vector.h"
 
 #include <algorithm>
 #include <embree3/rtcore.h>
@@ -18,23 +19,58 @@ struct DEVICE {
     DEVICE &operator=(DEVICE const &) = delete;
 };
 
+struct INSTANCE {
+    RENDER_MODEL const *model;
+    float matrix[12];
+
+    // Where the ray meets the plane of a triangle. Embree knows it too, but with bits that depend on the processor.
+    PLACE measure(RAY_PACKET const &rays, unsigned ray, unsigned part, std::uint32_t triangle, float &distance) const;
+};
+
+PLACE INSTANCE::measure(RAY_PACKET const &rays, unsigned ray, unsigned part, std::uint32_t triangle,
+                        float &distance) const
+{
+    using SUPPORT::VECTOR3;
+    GLTF::MODEL_PART const &geometry = model->parts[part].geometry;
+    auto const corner = [&](unsigned i) {
+        float const *const p = &geometry.positions[std::size_t(geometry.indices[std::size_t(triangle) * 3 + i]) * 3];
+        auto const row = [&](float const *m) { return m[0] * p[0] + m[1] * p[1] + m[2] * p[2] + m[3]; };
+        return VECTOR3{row(matrix), row(matrix + 4), row(matrix + 8)};
+    };
+    VECTOR3 const origin = {rays.origins[0][ray], rays.origins[1][ray], rays.origins[2][ray]};
+    VECTOR3 const direction = {rays.directions[0][ray], rays.directions[1][ray], rays.directions[2][ray]};
+    VECTOR3 const first = corner(0), second = corner(1) - first, third = corner(2) - first;
+    VECTOR3 const across = cross(direction, third), from = origin - first, aside = cross(from, second);
+    float const determinant = dot(second, across);
+    if (determinant == 0) {  // seen from its edge
+        distance = -dot(from, direction);
+        return {triangle, 0, 0};
+    }
+    distance = dot(third, aside) / determinant;
+    return {triangle, dot(from, across) / determinant, dot(direction, aside) / determinant};
+}
+
 // The rays of a packet as the filter finds them again.
 struct CONTEXT {
     RTCIntersectContext embree;  // first: Embree hands its address to the filter
-    float const *thresholds;
+    RAY_PACKET const *rays;
+    std::vector<INSTANCE> const *instances;
 };
 
 // Takes back the hits of a packet where the surface is transparent.
 void keep_what_is_seen(RTCFilterFunctionNArguments const *arguments)
 {
-    auto const &part = *static_cast<RENDER_PART const *>(arguments->geometryUserPtr);
     auto const &context = *reinterpret_cast<CONTEXT const *>(arguments->context);
+    INSTANCE const &instance = (*context.instances)[context.embree.instID[0]];
     for (unsigned i = 0; i < arguments->N; ++i) {
         if (arguments->valid[i] == 0)
             continue;
-        PLACE const place = {RTCHitN_primID(arguments->hit, arguments->N, i),
-                             RTCHitN_u(arguments->hit, arguments->N, i), RTCHitN_v(arguments->hit, arguments->N, i)};
-        if (!part.is_seen(place, context.thresholds[RTCRayN_id(arguments->ray, arguments->N, i)]))
+        unsigned const ray = RTCRayN_id(arguments->ray, arguments->N, i);
+        unsigned const part = RTCHitN_geomID(arguments->hit, arguments->N, i);
+        float distance;
+        PLACE const place =
+            instance.measure(*context.rays, ray, part, RTCHitN_primID(arguments->hit, arguments->N, i), distance);
+        if (!instance.model->parts[part].is_seen(place, context.rays->thresholds[ray]))
             arguments->valid[i] = 0;
     }
 }
@@ -52,7 +88,6 @@ bool attach_part(RTCDevice device, RTCScene scene, unsigned number, RENDER_PART 
     if (good) {
         std::ranges::copy(part.geometry.positions, positions);
         std::ranges::copy(part.geometry.indices, indices);
-        rtcSetGeometryUserData(geometry, const_cast<RENDER_PART *>(&part));
         if (!part.surface.is_solid())
             rtcSetGeometryIntersectFilterFunction(geometry, keep_what_is_seen);
         rtcCommitGeometry(geometry);
@@ -65,11 +100,6 @@ bool attach_part(RTCDevice device, RTCScene scene, unsigned number, RENDER_PART 
 }  // namespace
 
 struct RAY_SCENE::STATE {
-    struct INSTANCE {
-        RENDER_MODEL const *model;
-        float matrix[12];
-    };
-
     DEVICE device;
     RTCScene scene = nullptr;
     std::vector<RTCScene> model_scenes;
@@ -132,7 +162,7 @@ void RAY_SCENE::add_instance(unsigned model, float const matrix[12])
     rtcCommitGeometry(geometry);
     rtcAttachGeometryByID(state->scene, geometry, unsigned(state->instances.size()));
     rtcReleaseGeometry(geometry);
-    STATE::INSTANCE &instance = state->instances.emplace_back();
+    INSTANCE &instance = state->instances.emplace_back();
     instance.model = state->models[model];
     std::copy_n(matrix, 12, instance.matrix);
 }
@@ -142,8 +172,8 @@ void RAY_SCENE::commit() { rtcCommitScene(state->scene); }
 void RAY_SCENE::cast(RAY_PACKET const &rays, RAY_HIT hits[RAY_PACKET::size]) const
 {
     constexpr unsigned size = RAY_PACKET::size;
-    alignas(16) int valid[size];
-    RTCRayHit4 packet;
+    alignas(64) int valid[size];
+    RTCRayHit16 packet;
     for (unsigned i = 0; i < size; ++i) {
         valid[i] = i < rays.count ? -1 : 0;
         packet.ray.org_x[i] = rays.origins[0][i];
@@ -164,15 +194,17 @@ void RAY_SCENE::cast(RAY_PACKET const &rays, RAY_HIT hits[RAY_PACKET::size]) con
     CONTEXT context;
     rtcInitIntersectContext(&context.embree);
     context.embree.flags = RTC_INTERSECT_CONTEXT_FLAG_COHERENT;
-    context.thresholds = rays.thresholds;
-    rtcIntersect4(valid, state->scene, &context.embree, &packet);
+    context.rays = &rays;
+    context.instances = &state->instances;
+    rtcIntersect16(valid, state->scene, &context.embree, &packet);
     for (unsigned i = 0; i < size; ++i) {
         hits[i].instance = RAY_HIT::none;
-        if (valid[i] != 0 && packet.hit.geomID[i] != RTC_INVALID_GEOMETRY_ID)
-            hits[i] = {packet.hit.instID[0][i],
-                       packet.hit.geomID[i],
-                       {packet.hit.primID[i], packet.hit.u[i], packet.hit.v[i]},
-                       packet.ray.tfar[i]};
+        if (valid[i] == 0 || packet.hit.geomID[i] == RTC_INVALID_GEOMETRY_ID)
+            continue;
+        hits[i].instance = packet.hit.instID[0][i];
+        hits[i].part = packet.hit.geomID[i];
+        hits[i].place =
+            state->instances[hits[i].instance].measure(rays, i, hits[i].part, packet.hit.primID[i], hits[i].distance);
     }
 }
 

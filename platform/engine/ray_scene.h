@@ -8,7 +8,7 @@ namespace KESTREL {
 
 // Rays that are cast together; those of one pixel do well, because they go the same way.
 struct RAY_PACKET {
-    static constexpr unsigned size = 4;
+    static constexpr unsigned size = 16;
 
     unsigned count = 0;  // of the rays that are cast
     float origins[3][size];

@@ -68,15 +68,16 @@ std::vector<float> texel_densities(GLTF::MODEL_PART const &part, TEXTURE const &
 // The textures of a model; each file is read once for each use that it is put to.
 class TEXTURES {
 public:
-    TEXTURES(KN::String const &model_path, KN::String const &data_root, TEXTURE_NAME_MAPPER *name_mapper)
-        : model(model_path), root(data_root), mapper(name_mapper)
+    TEXTURES(KN::String const &model_path, GLTF::MODEL_HEAD const &model_head, KN::String const &data_root,
+             TEXTURE_NAME_MAPPER *name_mapper)
+        : model(model_path), head(model_head), root(data_root), mapper(name_mapper)
     {}
 
     std::shared_ptr<TEXTURE const> get(GLTF::TEXTURE const &use, int kind, bool opaque)
     {
         if (use.uri.empty())
             return nullptr;
-        KN::String name = name_beside(model, use.uri, root);
+        KN::String name = name_from(model, head, use.uri, root);
         if (mapper)
             name = mapper->map(kind, name);
         auto const [place, is_new] = loaded.try_emplace({name, kind, opaque});
@@ -107,6 +108,7 @@ private:
     }
 
     KN::String const &model;
+    GLTF::MODEL_HEAD const &head;
     KN::String const &root;
     TEXTURE_NAME_MAPPER *mapper;
     std::map<KEY, std::shared_ptr<TEXTURE const>> loaded;
@@ -128,13 +130,12 @@ KN::String name_of(KN::String const &path, KN::String const &root)
     return name;
 }
 
-KN::String name_beside(KN::String const &model, std::string const &relative, KN::String const &root)
+KN::String name_from(KN::String const &model, GLTF::MODEL_HEAD const &head, std::string const &relative,
+                     KN::String const &root)
 {
-    KN::String const beside = name_of(model.substr(0, model.find_last_of("/\\") + 1) + relative, root);
-    std::size_t first = 0;
-    while (relative.compare(first, 3, "../") == 0)
-        first += 3;
-    return first == 0 || KN::exists(path_of(beside, root)) ? beside : KN::String(relative.substr(first));
+    if (!head.place.empty())
+        return name_of(head.place + "/" + relative, root);
+    return name_of(model.substr(0, model.find_last_of("/\\") + 1) + relative, root);
 }
 
 void RENDER_PART::blend(std::vector<float> const &from, unsigned width, PLACE const &place, float *to) const
@@ -225,7 +226,7 @@ bool RENDER_MODEL::load(KN::String const &name, KN::String const &root, TEXTURE_
         KN::message(KN::MESSAGE_ERROR, error);
         return false;
     }
-    TEXTURES textures(path, root, mapper);
+    TEXTURES textures(path, head, root, mapper);
     std::vector<SURFACE> surfaces;
     for (GLTF::MATERIAL &material : head.materials) {
         SURFACE surface;

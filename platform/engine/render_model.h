@@ -54,8 +54,8 @@ struct RENDER_MODEL {
 KN::String path_of(KN::String const &name, KN::String const &root);
 // The other way round: below `root` if the path lies there, else as it is; without "." and ".." sections.
 KN::String name_of(KN::String const &path, KN::String const &root);
-// The name of a file that a model at `model` names relatively. A model that does not stand in its final place yet names
-// it from there: what is not found so, is taken to lie below the root.
-KN::String name_beside(KN::String const &model, std::string const &relative, KN::String const &root);
+// The name of a file that the model at `model` names by the path `relative`.
+KN::String name_from(KN::String const &model, GLTF::MODEL_HEAD const &head, std::string const &relative,
+                     KN::String const &root);
 
 }  // namespace KESTREL

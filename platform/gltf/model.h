@@ -12,10 +12,12 @@ struct MODEL_HEAD {
         std::string mesh;            // name
         std::vector<int> materials;  // indices into `materials`, each once, ascending
     };
-    // Textures have their URIs decoded: paths relative to the model.
+    // Textures have their URIs decoded.
     std::vector<MATERIAL> materials;
     std::vector<std::vector<MESH_USE>> levels;  // the finest first; at least one
     std::string skeleton;                       // empty: none
+    // The folder below the working root that the textures' paths start from; empty: that of the model.
+    std::string place;
 };
 
 // One draw of the finest level. All numbers are finite; arrays other than the first may be empty.

@@ -246,6 +246,7 @@ bool MODEL_READER::read()
     if (scene == nullptr || roots == scene->end() || !roots->is_array() || !read_materials())
         return false;
     head.skeleton = text(member(*scene, "extras"), "skeleton");
+    head.place = text(member(*scene, "extras"), "place");
     std::vector<std::uint64_t> nodes;
     for (JSON const &root : *roots)
         nodes.push_back(root.is_number_unsigned() ? root.get<std::uint64_t>() : ~0ull);
