@@ -80,6 +80,8 @@ TEST_F(Vx2, ExitCodesTellDoneFailedAndWrongUsage)
         {"export a.vx2 a.glb", 0},
         {"bones a.vx2 a.bone_table", 0},
         {"info gone.vx2", 1},
+        {"anim gone.anim", 1},
+        {"anim a.vx2", 1},
         {"import gone.obj b.vx2", 1},
         {"upgrade a.vx2 no/such/folder/b.vx2", 1},
         {"", 2},
@@ -118,6 +120,22 @@ TEST_F(Vx2, DumpOfABadFileIsOneLineOnStandardErrorAndNothingElse)
     RAN const folder_ran = run("dump .");
     EXPECT_EQ(folder_ran.code, 1);
     EXPECT_THAT(folder_ran.err, StartsWith(".: this is a folder"));
+}
+
+// One bone with one rotation, half as long as it should be.
+TEST_F(Vx2, AnimPrintsBonesAndFaultyRotations)
+{
+    using namespace std::string_literals;
+    std::ofstream(path("a.anim"), std::ios::binary)
+        << "\5\0\0\0\0\0\0\0\0\0\xa0\x41\4\0walk\0\0\0\0"s  // version 5, 20 frames a second
+        << "\1\0\0\0\4\0Hips\xff\xff\xff\xff"s              // a bone without parent
+        << "\xff\xff\xff\xff\0\0\0\0"s                      // of which the rotation is animated
+        << "\0\0\0\0\1\0\0\0\1\0\0\0\0\0\0\0\0\0\0\x40"s;   // one frame
+    RAN const ran = run("anim a.anim");
+    EXPECT_EQ(ran.code, 0) << ran.err;
+    for (char const *line :
+         {"walk", "20 frames a second", "0 hips", "parent   -1, rotation\n", "faulty", "export : 0 ; "})
+        EXPECT_THAT(ran.out, HasSubstr(line));
 }
 
 TEST_F(Vx2, DumpTakesTimeAndPreparation)
