@@ -103,9 +103,10 @@ protected:
             EXPECT_TRUE(KN::make_directories(at(path).section('/', 0, -2).toStdString()));
             EXPECT_TRUE(KN::write_finished_file(at(path).toStdString(), text, fault)) << fault;
         }
-        FILE_ENTRY *const entry = new FILE_ENTRY;
+        auto entry = std::make_unique<FILE_ENTRY>();
         entry->physical = at(path);
-        tree.files.table.insert(LOGICAL_PATH("<working>/" + path), entry);
+        if (tree.files.table.insert(LOGICAL_PATH("<working>/" + path), entry.get()) == entry.get())
+            entry.release();
         tree.files.table.settle();
     }
 

@@ -56,7 +56,7 @@ TEST(AssetGraph, RemembersFragmentsAcrossProcessesAndReplacesThoseOfAFile)
 
     ASSET_GRAPH graph(tree.path());
     ASSERT_TRUE(graph.asset_fragments().contains("props/hut"));
-    auto const &dependencies = graph.asset_fragments()["props/hut"].dependencies;
+    auto const dependencies = graph.asset_fragments()["props/hut"].dependencies;
     ASSERT_EQ(dependencies.size(), 2);
     EXPECT_EQ(dependencies[0].id, "textures/wood & <nails>");
     EXPECT_EQ(graph.fragment_id_from_asset_filename("PROPS/hut.rigid_model_v2"), "Props/Hut");
