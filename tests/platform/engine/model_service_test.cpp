@@ -37,6 +37,18 @@ TEST_F(SERVICE, OpensModelsAndTellsWhatTheyNeed)
     EXPECT_EQ(service.level_count(again), 3u);
 }
 
+// As a tree's model does before it is moved.
+TEST_F(SERVICE, AModelThatStandsElsewhereNamesItsTexturesFromItsPlace)
+{
+    put_plate({.place = "rigidmodels/trees"});
+    std::filesystem::rename(at("models/plate.rigid_model_v2"), scratch.folder / "raw_data/plate.rigid_model_v2");
+    RIGID_MODEL_SERVICE &service = *start(false).rigid_model_service();
+    std::string const file = (scratch.folder / "raw_data/plate.rigid_model_v2").string();
+    auto const assets = service.level_assets(service.open(with_assets, file, nullptr, false), 0);
+    ASSERT_THAT(assets, SizeIs(1));
+    EXPECT_THAT(assets[0].paths, ElementsAre("rigidmodels/tex/plate_diffuse.tga"));
+}
+
 TEST_F(SERVICE, ToleratesInvalidHandlesAndDamagedModels)
 {
     RIGID_MODEL_SERVICE &service = *start(false).rigid_model_service();

@@ -21,6 +21,7 @@ struct PLATE {
     std::uint8_t right_alpha = 255;  // of the right half of the picture
     int levels = 1;
     std::string skeleton = {};
+    std::string place = {};  // where its textures are named from, if that is not where it stands
 };
 
 class LINES final : public KN::MessageSink {
@@ -93,7 +94,9 @@ protected:
         }
         document.roots = {0};
         if (!plate.skeleton.empty())
-            document.extras = {{"skeleton", plate.skeleton}};
+            document.extras.emplace_back("skeleton", plate.skeleton);
+        if (!plate.place.empty())
+            document.extras.emplace_back("place", plate.place);
         EXPECT_TRUE(write_glb(document, at("models/plate.rigid_model_v2"), error)) << error;
     }
 
