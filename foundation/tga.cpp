@@ -63,28 +63,31 @@ bool TGAHeader::pixel_format(TGAFormat &format) const
     return true;
 }
 
+bool TGAHeader::is_plausible(std::uint64_t bytes_left) const
+{
+    TGAFormat format;
+    if (!pixel_format(format) || width == 0 || height == 0 || width > largest || height > largest)
+        return false;
+    std::uint64_t const size = depth / 8, pixels = std::uint64_t(width) * height;
+    // A packet of 128 pixels takes at least one pixel and a byte.
+    return bytes_left >= id_length + ((image_type & packed_flag) != 0 ? pixels / 128 * (size + 1) : pixels * size);
+}
+
 bool read_pixels(MemFileIn &file, TGAHeader const &header, PixelAccessorDescriptor const &target)
 {
     TGAFormat format;
-    if (!header.pixel_format(format) || pixel_size(target.format) == 0 || header.width == 0 || header.height == 0 ||
-        header.width > TGAHeader::largest || header.height > TGAHeader::largest)
+    if (!header.is_plausible(file.size() - file.tell()) || !header.pixel_format(format) ||
+        pixel_size(target.format) == 0)
         return false;
     unsigned const size = pixel_size(format), pitch = header.width * size, total = pitch * header.height;
     std::uint8_t text[255];
-    if (file.read(text, header.id_length) != header.id_length)
-        return false;
-    unsigned const stored = file.size() - file.tell();
-
-    bool const packed = (header.image_type & packed_flag) != 0;
+    file.read(text, header.id_length);
     DynamicArray<std::uint8_t> pixels;
-    // A packet of 128 pixels takes at least one pixel and a byte.
-    if (packed ? stored < total / 128 / size * (size + 1) : stored < total)
-        return false;
     pixels.resize(total);
-    if (packed) {
+    if ((header.image_type & packed_flag) != 0) {
         DynamicArray<std::uint8_t> bytes;
-        bytes.resize(stored);
-        file.read(bytes.data, stored);
+        bytes.resize(file.size() - file.tell());
+        file.read(bytes.data, bytes.count);
         if (!unpack(bytes, size, pixels))
             return false;
     } else {

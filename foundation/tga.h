@@ -42,14 +42,16 @@ struct TGAHeader {
     FOUNDATION_API bool read(MemFileIn &file);
     // False if the pixels are of a kind that read_pixels does not know.
     FOUNDATION_API bool pixel_format(TGAFormat &format) const;
+    // True if read_pixels knows the kind, no side has 0 or more than `largest` pixels, and `bytes_left` behind the
+    // header can hold them: to be asked before memory is taken for the picture.
+    FOUNDATION_API bool is_plausible(std::uint64_t bytes_left) const;
 };
 #pragma pack(pop)
 static_assert(sizeof(TGAHeader) == 18);
 
 // The picture of `header`, behind which the file stands, into `target`, which may be of any format; what is larger than
-// the target is left out. False if the kind is unknown, a side has no pixel or more than TGAHeader::largest, or the
-// file ends too early; nothing is written then. The bytes are not trusted: no more memory is taken than 128 times what
-// is left of the file.
+// the target is left out. False, with nothing written, if it is not plausible or the file ends too early. The bytes are
+// not trusted: no more memory is taken than 128 times what is left of the file.
 FOUNDATION_API bool read_pixels(MemFileIn &file, TGAHeader const &header, PixelAccessorDescriptor const &target);
 
 // A whole file, not packed, with the top row first. Empty if a side has more than 65535 pixels or a format is unknown.
