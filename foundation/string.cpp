@@ -82,13 +82,13 @@ UniString UniString::format_signed(int value)
     return widen_ascii(digits.data(), std::to_chars(digits.begin(), digits.end(), value).ptr);
 }
 
-UniString UniString::format(float value, int decimals, bool trim)
+UniString UniString::format(float value, int decimals, bool whole)
 {
     std::array<char, 512> digits;  // the longest f32 has 39 digits before the point
     auto const [end, error] =
         std::to_chars(digits.begin(), digits.end(), value, std::chars_format::fixed, decimals < 400 ? decimals : 400);
     char const *last = end;
-    if (trim && std::string_view(digits.data(), end).find('.') != std::string_view::npos) {
+    if (!whole && std::string_view(digits.data(), end).find('.') != std::string_view::npos) {
         while (last[-1] == '0')
             --last;
         if (last[-1] == '.')

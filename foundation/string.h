@@ -37,8 +37,8 @@ public:
 
     FOUNDATION_API static UniString format(unsigned value);    // decimal
     FOUNDATION_API static UniString format_signed(int value);  // decimal, "-" in front of negative values
-    // Fixed notation with `decimals` digits behind the point; with `trim`, trailing zeros and a bare point go.
-    FOUNDATION_API static UniString format(float value, int decimals, bool trim);
+    // Fixed notation with `decimals` digits behind the point; unless `whole`, trailing zeros and a bare point go.
+    FOUNDATION_API static UniString format(float value, int decimals, bool whole);
 };
 
 // Each byte becomes the unit of the same number.

@@ -39,10 +39,10 @@ TEST(Text, NumbersAndLowerCase)
 {
     EXPECT_EQ(KN::UniString::format(4294967295u), u"4294967295");
     EXPECT_EQ(KN::UniString::format_signed(-12), u"-12");
-    EXPECT_EQ(KN::UniString::format(2.5f, 3, false), u"2.500");
-    EXPECT_EQ(KN::UniString::format(2.5f, 3, true), u"2.5");
-    EXPECT_EQ(KN::UniString::format(20.0f, 3, true), u"20");
-    EXPECT_EQ(KN::UniString::format(20.0f, 0, true), u"20");
+    EXPECT_EQ(KN::UniString::format(2.5f, 3, true), u"2.500");
+    EXPECT_EQ(KN::UniString::format(2.5f, 3, false), u"2.5");
+    EXPECT_EQ(KN::UniString::format(20.0f, 3, false), u"20");
+    EXPECT_EQ(KN::UniString::format(20.0f, 0, false), u"20");
     EXPECT_EQ(KN::String("Hut_\xc3\x9c").lower(), "hut_\xc3\x9c");
     EXPECT_EQ(KN::printable("a\x1b[2Jb\n"), "a\\x1b[2Jb\\x0a");
 }
