@@ -37,9 +37,9 @@ LODDistance2 = 80
 LODQuality1 = 50
 LODQuality2 = 20
 
-# Rows of the asset database are patched in place.
+# A model's old rows leave the asset database before its new ones come; with true they would be patched in place.
 [global.RigidDatabasePatching]
-Enabled = true
+Enabled = false
 )"},
     {"raw_data/buildings/rules.toml", R"(# Display models, tech files and database rows of all scenes in this folder.
 [RigidModelV2]
