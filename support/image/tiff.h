@@ -1,4 +1,5 @@
-// Uncompressed little-endian TIFF: the directory, whole pictures out, strips in.
+// Uncompressed little-endian TIFF: the directory, whole pictures out, strips in. Every reading starts with the header,
+// at which the file must stand.
 //
 // A directory is a count and as many entries of tag, type, count and value; it stands behind the 8 bytes of the header
 // here, and anywhere in files of others. What is read of it: sides, bits, compression, kind of colour, strips. The
