@@ -8,6 +8,7 @@
 #include "foundation/messages.h"
 #include "platform/engine/model_service.h"
 #include "platform/engine/renderer.h"
+#include "platform/texture/tga.h"
 #include "support/camera/camera.h"
 
 #include <algorithm>

@@ -1,12 +1,9 @@
 #include "platform/texture/picture.h"
 
 #include "foundation/file.h"
-#include "foundation/finished_file.h"
 #include "platform/texture/dds.h"
 #include "platform/texture/png.h"
 #include "platform/texture/tga.h"
-
-#include <algorithm>
 
 namespace KESTREL {
 
@@ -50,24 +47,6 @@ bool read_picture(KN::String const &path, PICTURE &picture, KN::String &error)
         return true;
     error = path + ": " + error;
     return false;
-}
-
-// A head of 18 bytes, then the rows from the top, blue first.
-bool write_tga(PICTURE const &picture, KN::String const &path, KN::String &error)
-{
-    std::uint8_t head[18] = {};
-    head[2] = 2;  // truecolour
-    head[12] = std::uint8_t(picture.width);
-    head[13] = std::uint8_t(picture.width >> 8);
-    head[14] = std::uint8_t(picture.height);
-    head[15] = std::uint8_t(picture.height >> 8);
-    head[16] = 32;
-    head[17] = 0x28;  // eight bits of alpha, the top row first
-    KN::String bytes(reinterpret_cast<char const *>(head), sizeof(head));
-    bytes.append(reinterpret_cast<char const *>(picture.pixels.data()), picture.pixels.size());
-    for (std::size_t i = sizeof(head); i < bytes.size(); i += 4)
-        std::swap(bytes[i], bytes[i + 2]);
-    return KN::write_finished_file(path, bytes, error);
 }
 
 }  // namespace KESTREL

@@ -24,7 +24,4 @@ struct PICTURE {
 // bytes are not trusted.
 bool read_picture(KN::String const &path, PICTURE &picture, KN::String &error);
 
-// Truecolour TGA of 32 bits, not packed.
-bool write_tga(PICTURE const &picture, KN::String const &path, KN::String &error);
-
 }  // namespace KESTREL

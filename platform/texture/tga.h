@@ -18,4 +18,7 @@ struct TGA_PICTURE {
 // `error`, for any other and for bytes that are damaged.
 bool read_tga(std::string_view bytes, TGA_PICTURE &picture, KN::String &error);
 
+// Truecolour of 32 bits, not packed.
+bool write_tga(PICTURE const &picture, KN::String const &path, KN::String &error);
+
 }  // namespace KESTREL

@@ -6,7 +6,7 @@
 #include "benchmarks/support/side_by_side.h"
 #include "platform/gltf/document.h"
 #include "platform/gltf/writer.h"
-#include "platform/texture/picture.h"
+#include "platform/texture/tga.h"
 #include "support/camera/camera.h"
 
 #include <QtCore/QTemporaryDir>

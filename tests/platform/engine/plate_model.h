@@ -8,7 +8,7 @@
 #include "platform/build_host/run.h"
 #include "platform/gltf/document.h"
 #include "platform/gltf/writer.h"
-#include "platform/texture/picture.h"
+#include "platform/texture/tga.h"
 #include "tests/platform/build_host/asset_tree.h"
 #include "tests/scene/make_scene.h"
 
