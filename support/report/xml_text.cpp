@@ -2,19 +2,28 @@
 
 namespace SUPPORT {
 
+namespace {
+
+using namespace std::string_view_literals;
+
+std::u16string_view view(KN::UniString const &text) { return text; }
+
+}  // namespace
+
 XML_WRITER::OPEN_ELEMENT *XML_WRITER::top() { return depth != 0 ? &element_stack[depth - 1] : nullptr; }
 
 void XML_WRITER::close_start_tag(OPEN_ELEMENT &element)
 {
     if (!element.tag_closed)
-        out.put_bytes(">");
+        out.put(">"sv);
     element.tag_closed = true;
 }
 
 void XML_WRITER::new_line()
 {
-    out.put_bytes("\n");
-    out.put_bytes('\t', depth);
+    out.put("\n"sv);
+    for (std::uint32_t i = 0; i < depth; ++i)
+        out.put("\t"sv);
 }
 
 void XML_WRITER::comment(XML_COMMENT const &comment)
@@ -24,9 +33,7 @@ void XML_WRITER::comment(XML_COMMENT const &comment)
         new_line();
         parent->has_comment = true;
     }
-    out.put_bytes("<!-- ");
-    out.put(comment.text);
-    out.put_bytes("-->");
+    out.put("<!-- "sv, view(comment.text), "-->"sv);
 }
 
 void XML_WRITER::text(XML_TEXT const &text)
@@ -35,18 +42,14 @@ void XML_WRITER::text(XML_TEXT const &text)
         close_start_tag(*parent);
         parent->has_text = true;
     }
-    out.put(text.text);
+    out.put(view(text.text));
 }
 
 void XML_WRITER::attribute(XML_ATTRIBUTE const &attribute)
 {
     if (OPEN_ELEMENT *const element = top())
         element->has_attribute = true;
-    out.put_bytes(" ");
-    out.put(attribute.name);
-    out.put_bytes("=\"");
-    out.put(attribute.value);
-    out.put_bytes("\"");
+    out.put(" "sv, view(attribute.name), "=\""sv, view(attribute.value), "\""sv);
 }
 
 void XML_WRITER::end_element()
@@ -55,16 +58,14 @@ void XML_WRITER::end_element()
         return;
     OPEN_ELEMENT const &element = element_stack[--depth];
     if (!element.tag_closed && element.has_attribute) {
-        out.put_bytes("/>");
+        out.put("/>"sv);
         return;
     }
     if (!element.tag_closed)
-        out.put_bytes(">");
+        out.put(">"sv);
     else if (element.has_child || element.has_comment)
         new_line();
-    out.put_bytes("</");
-    out.put(element.name);
-    out.put_bytes(">");
+    out.put("</"sv, view(element.name), ">"sv);
 }
 
 void XML_WRITER::begin_element(XML_ELEMENT const &element)
@@ -79,15 +80,14 @@ void XML_WRITER::begin_element(XML_ELEMENT const &element)
     OPEN_ELEMENT &entry = element_stack[depth];
     entry.tag_closed = entry.has_attribute = entry.has_text = entry.has_child = entry.has_comment = false;
     entry.name.assign(element.name);
-    out.put_bytes("<");
-    out.put(element.name);
+    out.put("<"sv, view(element.name));
     ++depth;
 }
 
 XML_FILE_WRITER::XML_FILE_WRITER(KN::String const &path)
 {
     if (out.open(path))
-        out.put_bytes("<?xml version=\"1.0\"?>\n");
+        out.put("<?xml version=\"1.0\"?>\n"sv);
 }
 
 }  // namespace SUPPORT

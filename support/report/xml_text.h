@@ -26,18 +26,18 @@ struct XML_ATTRIBUTE {
         : name(std::move(attribute_name)), value(std::move(text))
     {}
     XML_ATTRIBUTE(KN::UniString attribute_name, int number)
-        : XML_ATTRIBUTE(std::move(attribute_name), KN::UniString::format_signed(number))
+        : name(std::move(attribute_name)), value(KN::UniString::format_signed(number))
     {}
     XML_ATTRIBUTE(KN::UniString attribute_name, unsigned number)
-        : XML_ATTRIBUTE(std::move(attribute_name), KN::UniString::format(number))
+        : name(std::move(attribute_name)), value(KN::UniString::format(number))
     {}
     XML_ATTRIBUTE(KN::UniString attribute_name, float number)
-        : XML_ATTRIBUTE(std::move(attribute_name), KN::UniString::format(number, 2, true))
+        : name(std::move(attribute_name)), value(KN::UniString::format(number, 2, true))
     {}
     // A literal is a text: its pointer must not come here.
     template <std::same_as<bool> BOOL>
     XML_ATTRIBUTE(KN::UniString attribute_name, BOOL truth)
-        : XML_ATTRIBUTE(std::move(attribute_name), KN::UniString(truth ? u"true" : u"false"))
+        : name(std::move(attribute_name)), value(truth ? u"true" : u"false")
     {}
 };
 
