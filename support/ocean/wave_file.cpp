@@ -77,7 +77,8 @@ private:
     template <class T>
     void elements(KN::DynamicArray<T> const &array)
     {
-        file.write(array.data, array.count * sizeof(T));
+        if (!array.empty())
+            file.write(array.data, array.count * sizeof(T));
     }
 
     KN::FinishedFile &file;
