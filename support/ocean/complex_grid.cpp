@@ -16,22 +16,21 @@ namespace SUPPORT {
 namespace {
 
 struct PLAN {
-    FOURIER_DIRECTION direction;
     KN_STD::VECTOR<std::uint32_t> place;  // of each cell when the bits of its index are reversed
     KN_STD::VECTOR<COMPLEX> factors;      // those of the stage with butterflies of span s begin at s - 1: s of them
 
-    PLAN(unsigned log2_n, FOURIER_DIRECTION given) : direction(given), place(1u << log2_n), factors(1u << log2_n)
+    PLAN(unsigned log2_n, FOURIER_DIRECTION direction) : place(1u << log2_n), factors((1u << log2_n) - 1)
     {
         for (unsigned i = 1; i < place.size(); ++i)
             place[i] = place[i / 2] / 2 | (i & 1) << (log2_n - 1);
-        find_factors(log2_n);
+        find_factors(log2_n, direction);
     }
 
 private:
-    void find_factors(unsigned log2_n);
+    void find_factors(unsigned log2_n, FOURIER_DIRECTION direction);
 };
 
-void PLAN::find_factors(unsigned log2_n)
+void PLAN::find_factors(unsigned log2_n, FOURIER_DIRECTION direction)
 {
     COMPLEX *next = factors.data();
     float c1 = -1, c2 = 0;
@@ -73,58 +72,111 @@ KERNEL void butterfly(CELL<F> &a, CELL<F> &b)
     a = {a.real + t.real, a.imaginary + t.imaginary};
 }
 
-// The stages of span `span` and of twice that.
+// Lines as they stand in `scratch`.
 template <class F>
-KERNEL void two_stages(CELL<F> *line, unsigned n, unsigned span, COMPLEX const *factors)
+struct IN_LANES {
+    CELL<F> *line;
+
+    KERNEL void get(CELL<F> &cell, unsigned i) const
+    {
+        cell.real = line[i].real;
+        cell.imaginary = line[i].imaginary;
+    }
+    KERNEL void put(unsigned i, CELL<F> const &cell) const
+    {
+        line[i].real = cell.real;
+        line[i].imaginary = cell.imaginary;
+    }
+};
+
+// Lines side by side in a grid, their cells `stride` apart; they are taken by reversed indices and put in order.
+template <class F>
+struct IN_GRID {
+    COMPLEX *lines;
+    unsigned stride;
+    std::uint32_t const *place;
+
+    KERNEL void get(CELL<F> &cell, unsigned i) const
+    {
+        load_apart(cell.real, cell.imaginary, lines + place[i] * stride);
+    }
+    KERNEL void put(unsigned i, CELL<F> const &cell) const
+    {
+        store_together(cell.real, cell.imaginary, lines + i * stride);
+    }
+};
+
+template <class F, class FROM, class TO>
+KERNEL void first_stage(FROM const &from, TO const &to, unsigned n)
 {
-    COMPLEX const *const first = factors + span - 1, *const second = factors + 2 * span - 1;
-    for (CELL<F> *group = line; group != line + n; group += 4 * span) {
-        {
-            CELL<F> a = group[0], b = group[span], c = group[2 * span], d = group[3 * span];
-            butterfly(a, b);
-            butterfly(c, d);
-            butterfly(a, c);
-            butterfly(b, d, second[span]);
-            group[0] = a;
-            group[span] = b;
-            group[2 * span] = c;
-            group[3 * span] = d;
-        }
-        for (unsigned j = 1; j < span; ++j) {
-            CELL<F> *const at = group + j;
-            CELL<F> a = at[0], b = at[span], c = at[2 * span], d = at[3 * span];
-            butterfly(a, b, first[j]);
-            butterfly(c, d, first[j]);
-            butterfly(a, c, second[j]);
-            butterfly(b, d, second[j + span]);
-            at[0] = a;
-            at[span] = b;
-            at[2 * span] = c;
-            at[3 * span] = d;
-        }
+    for (unsigned i = 0; i < n; i += 2) {
+        CELL<F> a, b;
+        from.get(a, i);
+        from.get(b, i + 1);
+        butterfly(a, b);
+        to.put(i, a);
+        to.put(i + 1, b);
     }
 }
 
-template <class F>
-KERNEL void all_stages(CELL<F> *line, unsigned n, PLAN const &plan)
+// The stages of span `span` and of twice that.
+template <class F, class FROM, class TO>
+KERNEL void two_stages(FROM const &from, TO const &to, unsigned n, unsigned span, COMPLEX const *factors)
 {
-    COMPLEX const *const factors = plan.factors.data();
-    unsigned span = 1;
-    for (; 4 * span <= n; span *= 4)
-        two_stages(line, n, span, factors);
-    if (span < n)
-        for (unsigned j = 0; j < span; ++j)
-            butterfly(line[j], line[j + span], factors[span - 1 + j]);
-    if (plan.direction == FOURIER_DIRECTION::FORWARD) {
-        float const scale = 1 / float(n);
-        for (unsigned i = 0; i < n; ++i)
-            line[i] = {line[i].real * scale, line[i].imaginary * scale};
+    COMPLEX const *const first = factors + span - 1, *const second = factors + 2 * span - 1;
+    for (unsigned group = 0; group < n; group += 4 * span)
+        for (unsigned j = 0; j < span; ++j) {
+            unsigned const i = group + j;
+            CELL<F> a, b, c, d;
+            from.get(a, i);
+            from.get(b, i + span);
+            from.get(c, i + 2 * span);
+            from.get(d, i + 3 * span);
+            if (j == 0) {
+                butterfly(a, b);
+                butterfly(c, d);
+                butterfly(a, c);
+            } else {
+                butterfly(a, b, first[j]);
+                butterfly(c, d, first[j]);
+                butterfly(a, c, second[j]);
+            }
+            butterfly(b, d, second[j + span]);
+            to.put(i, a);
+            to.put(i + span, b);
+            to.put(i + 2 * span, c);
+            to.put(i + 3 * span, d);
+        }
+}
+
+// The first stages read `from`, the last write `to`; between them the lines stand in `line`.
+template <class F, class FROM, class TO>
+KERNEL void all_stages(FROM const &from, IN_LANES<F> const &line, TO const &to, unsigned n, COMPLEX const *factors)
+{
+    if (n == 2) {
+        first_stage<F>(from, to, n);
+        return;
     }
+    if (n == 4) {
+        two_stages<F>(from, to, n, 1, factors);
+        return;
+    }
+    unsigned span;
+    if (std::countr_zero(n) % 2 != 0) {
+        first_stage<F>(from, line, n);
+        span = 2;
+    } else {
+        two_stages<F>(from, line, n, 1, factors);
+        span = 4;
+    }
+    for (; 4 * span < n; span *= 4)
+        two_stages<F>(line, line, n, span, factors);
+    two_stages<F>(line, to, n, span, factors);
 }
 
 // As many rows as there are lanes; they are turned over on their way into the lanes and back.
 template <class F>
-KERNEL void transform_rows(COMPLEX *rows, unsigned n, CELL<F> *line, PLAN const &plan)
+KERNEL void transform_rows(COMPLEX *rows, unsigned n, IN_LANES<F> const &line, PLAN const &plan)
 {
     constexpr unsigned lanes = lanes_of<F>, cells_a_vector = lanes / 2;
     for (unsigned x = 0; x < n; x += cells_a_vector) {
@@ -133,14 +185,16 @@ KERNEL void transform_rows(COMPLEX *rows, unsigned n, CELL<F> *line, PLAN const 
             load_lanes(square[lane], &rows[lane * n + x].real);
         turn_over(square);
         for (unsigned i = 0; i < cells_a_vector; ++i)
-            line[plan.place[x + i]] = {square[2 * i], square[2 * i + 1]};
+            line.put(plan.place[x + i], {square[2 * i], square[2 * i + 1]});
     }
-    all_stages(line, n, plan);
+    all_stages(line, line, line, n, plan.factors.data());
     for (unsigned x = 0; x < n; x += cells_a_vector) {
         F square[lanes];
         for (unsigned i = 0; i < cells_a_vector; ++i) {
-            square[2 * i] = line[x + i].real;
-            square[2 * i + 1] = line[x + i].imaginary;
+            CELL<F> cell;
+            line.get(cell, x + i);
+            square[2 * i] = cell.real;
+            square[2 * i + 1] = cell.imaginary;
         }
         turn_over(square);
         for (unsigned lane = 0; lane < lanes; ++lane)
@@ -148,23 +202,17 @@ KERNEL void transform_rows(COMPLEX *rows, unsigned n, CELL<F> *line, PLAN const 
     }
 }
 
-// As many lines as there are lanes, side by side; their cells lie `stride` apart.
 template <class F>
-KERNEL void transform_lines(COMPLEX *lines, unsigned n, unsigned stride, CELL<F> *line, PLAN const &plan)
+KERNEL void transform_lines(COMPLEX *lines, unsigned n, unsigned stride, IN_LANES<F> const &line, PLAN const &plan)
 {
-    for (unsigned i = 0; i < n; ++i) {
-        CELL<F> &cell = line[plan.place[i]];
-        load_apart(cell.real, cell.imaginary, lines + i * stride);
-    }
-    all_stages(line, n, plan);
-    for (unsigned i = 0; i < n; ++i)
-        store_together(line[i].real, line[i].imaginary, lines + i * stride);
+    IN_GRID<F> const in_grid{lines, stride, plan.place.data()};
+    all_stages(in_grid, line, in_grid, n, plan.factors.data());
 }
 
 template <class F>
 KERNEL void transform_grid(COMPLEX_GRID &grid, PLAN const &plan)
 {
-    CELL<F> *const line = reinterpret_cast<CELL<F> *>(grid.scratch.data);
+    IN_LANES<F> const line{reinterpret_cast<CELL<F> *>(grid.scratch.data)};
     unsigned const n = grid.n;
     for (unsigned y = 0; y < n; y += lanes_of<F>) {
         if constexpr (lanes_of<F> == 1)
@@ -202,6 +250,8 @@ void COMPLEX_GRID::free()
 
 void COMPLEX_GRID::transform(FOURIER_DIRECTION direction)
 {
+    if (n < 2)
+        return;
     PLAN const plan(log2_n, direction);
     if (n >= lanes_of<EIGHT_FLOATS> && eight_lanes())
         transform_by_eight(*this, plan);
@@ -209,6 +259,11 @@ void COMPLEX_GRID::transform(FOURIER_DIRECTION direction)
         transform_grid<FOUR_FLOATS>(*this, plan);
     else
         transform_grid<float>(*this, plan);
+    if (direction == FOURIER_DIRECTION::FORWARD) {
+        float const scale = 1 / (float(n) * float(n));  // for rows and columns; exact, as n is a power of two
+        for (COMPLEX &cell : cells)
+            cell = {cell.real * scale, cell.imaginary * scale};
+    }
 }
 
 }  // namespace SUPPORT
