@@ -170,17 +170,15 @@ bool MemFileIn::open(String const &path, bool buffered) { return open_any(path, 
 template <class PATH>
 bool MemFileIn::open_any(PATH const &path, bool buffered)
 {
-    held.clear();
     bytes = nullptr;
-    file_size = position = 0;
+    file_size = position = held.count = 0;  // the block stays, for a file that fits into it
     FileIn file;
     if (file.open(path, buffered)) {
-        held.resize(file.size());
+        held.reserve(file.size());
+        held.count = file.size();
         if (file.read(held.data, held.count) == held.count) {
             bytes = held.data;
             file_size = held.count;
-        } else {
-            held.clear();
         }
     }
     error = file.status();

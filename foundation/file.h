@@ -76,6 +76,8 @@ public:
     unsigned read(void *target, unsigned size);
     unsigned tell() const { return position; }
     void seek(int target);
+    // The whole file, until it is opened anew.
+    unsigned char const *data() const { return bytes; }
 
 private:
     template <class PATH>

@@ -26,7 +26,7 @@ public:
     // The values are undefined afterwards. At most 2^32 - 1 of them; of more the field stays empty.
     void resize(unsigned columns, unsigned rows);
 
-    // From the file's position on. False, with the field as it was, if the file is cut off.
+    // From the file's position on. False, with the field as it was, if the file is cut off or has no samples.
     bool read_dds(KN::MemFileIn &file);
     // False if the file is no TIFF with one sample of 16 bits a pixel, or is cut off; the field is then as it was. The
     // samples are taken as unsigned and as not compressed, whatever the file says.

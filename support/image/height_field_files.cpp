@@ -6,9 +6,10 @@
 #include "foundation/finished_file.h"
 #include "support/image/samples16.h"
 #include "support/image/tiff.h"
+#include "support/parallel/parallel_range.h"
 
 #include <algorithm>
-#include <limits>
+#include <cstring>
 
 namespace SUPPORT {
 
@@ -42,34 +43,41 @@ bool read_size(FILE &file, unsigned &width, unsigned &height)
     return true;
 }
 
-// The samples of `count` rows, downwards from the one above `end`, from where the file stands.
-void read_rows(KN::MemFileIn &file, unsigned end, unsigned count, KN::DynamicArray<std::uint16_t> &buffer,
-               HEIGHT_FIELD &field)
+// samples_of(i): where row i of the file stands, which is the i-th from the field's end.
+template <class SAMPLES_OF>
+void read_rows(HEIGHT_FIELD &field, SAMPLES_OF const &samples_of)
 {
-    buffer.resize(field.width);
-    for (unsigned y = end; y-- > end - count;) {
-        file.read(buffer.data, unsigned(field.width * sizeof(std::uint16_t)));
-        values_of_samples(buffer.data, field.width, field.row(y));
-    }
+    constexpr unsigned least = 1 << 16;  // values that are worth a task
+    INDEX_RANGE const rows{0, field.height, std::max(least / field.width, 1u)};
+    parallel_for(rows, [&](INDEX_RANGE const &part) {
+        for (unsigned i = part.begin; i < part.end; ++i)
+            values_of_samples(samples_of(i), field.width, field.row(field.height_minus_one - i));
+    });
 }
 
 bool write(HEIGHT_FIELD const &field, KN::String const &path, void const *header, std::size_t header_size,
            SAMPLE_SCALE const &scale)
 {
-    KN::FinishedFile file(path);
-    file.write(header, header_size);
-    // Rows are gathered to blocks that stay in the cache.
-    constexpr unsigned block = 1 << 16;
+    // Large blocks that lie at multiples of their size, for which the system has the least to do.
+    constexpr std::size_t block = (1 << 20) / sizeof(std::uint16_t);
+    std::uint64_t const whole = header_size / sizeof(std::uint16_t) + std::uint64_t(field.width) * field.height;
     KN::DynamicArray<std::uint16_t> samples;
-    samples.resize(std::max(block, field.width));
-    unsigned gathered = 0;
+    samples.resize(unsigned(std::min<std::uint64_t>(block, whole)));
+    std::memcpy(samples.data, header, header_size);
+    std::size_t gathered = header_size / sizeof(std::uint16_t);
+
+    KN::FinishedFile file(path);
     for (unsigned y = field.height; y-- > 0;) {
-        if (gathered + field.width > samples.count) {
-            file.write(samples.data, gathered * sizeof(std::uint16_t));
-            gathered = 0;
+        for (unsigned x = 0; x < field.width;) {
+            unsigned const count = unsigned(std::min<std::size_t>(field.width - x, samples.count - gathered));
+            samples_of_values(field.row(y) + x, count, scale, samples.data + gathered);
+            x += count;
+            gathered += count;
+            if (gathered == samples.count) {
+                file.write(samples.data, gathered * sizeof(std::uint16_t));
+                gathered = 0;
+            }
         }
-        samples_of_values(field.row(y), field.width, scale, samples.data + gathered);
-        gathered += field.width;
     }
     file.write(samples.data, gathered * sizeof(std::uint16_t));
     return file.commit();
@@ -101,11 +109,13 @@ bool HEIGHT_FIELD::read_dds(KN::MemFileIn &file)
     unsigned columns, rows;
     if (!read_size(file, columns, rows))
         return false;
-    if (std::uint64_t(columns) * rows > (file.size() - file.tell()) / sizeof(std::uint16_t))
+    std::uint64_t const count = std::uint64_t(columns) * rows;
+    if (count == 0 || count > (file.size() - file.tell()) / sizeof(std::uint16_t))
         return false;
     resize(columns, rows);
-    KN::DynamicArray<std::uint16_t> buffer;
-    read_rows(file, rows, rows, buffer, *this);
+    unsigned char const *const samples = file.data() + file.tell();
+    read_rows(*this, [&](unsigned i) { return samples + std::size_t(i) * columns * sizeof(std::uint16_t); });
+    file.seek(int(file.tell() + count * sizeof(std::uint16_t)));
     return true;
 }
 
@@ -116,26 +126,18 @@ bool HEIGHT_FIELD::read_tiff(KN::MemFileIn &file)
         std::uint64_t(info.width) * info.height > file.size() / sizeof(std::uint16_t))
         return false;
 
-    unsigned const row_size = unsigned(info.width * sizeof(std::uint16_t));
-    auto const rows_of = [&](unsigned left) { return std::min(info.rows_per_strip, left); };
-    unsigned left = info.height;
-    for (std::uint32_t offset : info.strip_offsets) {
-        unsigned const rows = rows_of(left);
-        if (offset > unsigned(std::numeric_limits<int>::max()) || offset + std::uint64_t(rows) * row_size > file.size())
-            return false;
-        left -= rows;
-    }
-    if (left != 0)
+    std::size_t const row_size = info.width * sizeof(std::uint16_t);
+    unsigned const rows_per_strip = std::min(info.rows_per_strip, info.height);
+    if (rows_per_strip == 0 || (info.height - 1) / rows_per_strip >= info.strip_offsets.size())
         return false;
+    for (unsigned strip = 0, row = 0; row < info.height; ++strip, row += rows_per_strip)
+        if (info.strip_offsets[strip] + std::min(rows_per_strip, info.height - row) * row_size > file.size())
+            return false;
 
     resize(info.width, info.height);
-    KN::DynamicArray<std::uint16_t> buffer;
-    left = info.height;
-    for (std::uint32_t offset : info.strip_offsets) {
-        file.seek(int(offset));
-        read_rows(file, left, rows_of(left), buffer, *this);
-        left -= rows_of(left);
-    }
+    read_rows(*this, [&](unsigned i) {
+        return file.data() + info.strip_offsets[i / rows_per_strip] + i % rows_per_strip * row_size;
+    });
     return true;
 }
 

@@ -24,8 +24,9 @@ inline void walk(HEIGHT_FIELD const &field, std::size_t size)
     for (float value : field.values)
         require(value >= 0 && value < 1.0001f, "samples are from 0 to 1");
     HEIGHT_FIELD half;
-    if (field.width < 4096 && field.height < 4096)  // a side of 0 may stand beside one of any length
-        field.half_size(half);
+    field.half_size(half);
+    require(half.width == field.width / 2 + 1 && half.height == field.height / 2 + 1,
+            "half of each side, and one more");
 }
 
 }  // namespace SUPPORT
