@@ -114,7 +114,7 @@ public:
     virtual void add(VEX2_COLOUR const &step) { add_to_keys(step, 1); }
     virtual void subtract(VEX2_COLOUR const &step) { add_to_keys(step, -1); }
     virtual void scale(VEX2_COLOUR const &factors);  // field by field
-    virtual void divide(float factor) { scale_keys(1 / factor); }
+    virtual void scale(float factor) { scale_keys(factor); }
 };
 
 // Both rotation kinds; a rotation field takes either.

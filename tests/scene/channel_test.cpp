@@ -189,7 +189,7 @@ TEST(Channel, ArithmeticOnKeys)
     VEX2_COLOUR_CHANNEL colours;
     append_key(colours, 0, VEX2_COLOUR{1, 2, 3, 4});
     colours.scale(VEX2_COLOUR{1, 2, 3, 0});
-    colours.divide(2);
+    colours.scale(0.5f);
     EXPECT_EQ(colours.values[0].blue, 4.5f);
     EXPECT_EQ(colours.values[0].alpha, 0);
 }
