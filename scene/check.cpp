@@ -101,7 +101,7 @@ template <class T>
 void check_channels(REPORT &report, T const &item);
 
 template <class T>
-class CHANNEL_VISITOR {
+class CHANNEL_VISITOR : public FIELD_VISITOR<CHANNEL_VISITOR<T>> {
 public:
     CHANNEL_VISITOR(REPORT &target, T const &record) : report(target), self(record) {}
 
@@ -113,23 +113,6 @@ public:
             check_channels(report, self.*member);
         }
     }
-    template <class C, class M>
-    void as_array(char const *name, M C::*member)
-    {
-        (*this)(name, member);
-    }
-    template <class C, class M>
-    void vertices(char const *name, M C::*member)
-    {
-        (*this)(name, member);
-    }
-    template <class C, class M>
-    void computed(char const *, M C::*)
-    {}
-    template <class C>
-    void stored_matrix(char const *, VEX2_MATRIX C::*)
-    {}
-    void obsolete_channel(float, float) {}
 
 private:
     REPORT &report;

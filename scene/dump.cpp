@@ -120,7 +120,7 @@ template <class T>
 void dump_record(JSON_STREAM &json, T const &record);
 
 template <class T>
-class RECORD_DUMPER {
+class RECORD_DUMPER : public FIELD_VISITOR<RECORD_DUMPER<T>> {
 public:
     RECORD_DUMPER(JSON_STREAM &stream, T const &record, bool with_names) : json(stream), self(record), names(with_names)
     {}
@@ -141,11 +141,6 @@ public:
         json.put("]");
     }
     template <class C, class M>
-    void vertices(char const *name, M C::*member)
-    {
-        (*this)(name, member);
-    }
-    template <class C, class M>
     void computed(char const *name, M C::*member)
     {
         (*this)(name, member);
@@ -162,7 +157,6 @@ public:
             }
         json.put("]");
     }
-    void obsolete_channel(float, float) {}
     // As a key of a channel a frame is its six numbers.
     void operator()(char const *name,
                     KN::DynamicArray<VEX2_TANGENT_FRAME> VEX2_KEYED_CHANNEL<VEX2_TANGENT_FRAME>::*keys)

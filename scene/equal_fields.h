@@ -10,7 +10,7 @@ template <class T>
 bool equal_items(T const &a, T const &b);
 
 template <class T>
-class RECORD_COMPARER {
+class RECORD_COMPARER : public FIELD_VISITOR<RECORD_COMPARER<T>> {
 public:
     RECORD_COMPARER(T const &first, T const &second) : a(first), b(second) {}
 
@@ -19,23 +19,6 @@ public:
     {
         equal = equal && equal_items(a.*member, b.*member);
     }
-    template <class C, class M>
-    void as_array(char const *name, M C::*member)
-    {
-        (*this)(name, member);
-    }
-    template <class C, class M>
-    void vertices(char const *name, M C::*member)
-    {
-        (*this)(name, member);
-    }
-    template <class C, class M>
-    void computed(char const *, M C::*)
-    {}
-    template <class C>
-    void stored_matrix(char const *, VEX2_MATRIX C::*)
-    {}
-    void obsolete_channel(float, float) {}
 
     bool equal = true;
 

@@ -30,10 +30,34 @@ constexpr bool stored_as_is<T> = T::stored_as_is;
 template <class T, std::size_t N>
 constexpr bool stored_as_is<T[N]> = stored_as_is<T>;
 
+// The base of the visitors: what is stored like any other field goes to the visitor's operator(), and what the newest
+// version does not store is passed over. A visitor that knows better has operations of its own.
+template <class VISITOR>
+class FIELD_VISITOR {
+public:
+    template <class C, class T>
+    void as_array(char const *name, T C::*member)
+    {
+        static_cast<VISITOR &> (*this)(name, member);
+    }
+    template <class C, class T>
+    void vertices(char const *name, T C::*member)
+    {
+        static_cast<VISITOR &> (*this)(name, member);
+    }
+    template <class C, class T>
+    void computed(char const *, T C::*)
+    {}
+    template <class C>
+    void stored_matrix(char const *, VEX2_MATRIX C::*)
+    {}
+    void obsolete_channel(float, float) {}
+};
+
 template <class T>
 std::size_t least_size(float version);
 
-class LEAST_SIZE_VISITOR {
+class LEAST_SIZE_VISITOR : public FIELD_VISITOR<LEAST_SIZE_VISITOR> {
 public:
     explicit LEAST_SIZE_VISITOR(float file_version) : version(file_version) {}
 
@@ -48,23 +72,6 @@ public:
         if (version >= since)
             (*this)(name, member);
     }
-    template <class C, class T>
-    void as_array(char const *name, T C::*member)
-    {
-        (*this)(name, member);
-    }
-    template <class C, class T>
-    void vertices(char const *name, T C::*member)
-    {
-        (*this)(name, member);
-    }
-    template <class C, class T>
-    void computed(char const *, T C::*)
-    {}
-    template <class C>
-    void stored_matrix(char const *, VEX2_MATRIX C::*)
-    {}
-    void obsolete_channel(float, float) {}
 
     std::size_t size = 0;
 

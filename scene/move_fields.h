@@ -2,10 +2,7 @@
 // in the order of the fields. Null parts are left out; what is not VEX2_ANIMATED, such as attributes, stays.
 #pragma once
 
-#include "scene/record.h"
-#include "scene/values.h"
-
-#include <type_traits>
+#include "scene/fields.h"
 
 namespace VEX2_LOADER {
 
@@ -64,7 +61,7 @@ void move_item(STEP const &step, VEX2_LIST<T> &items)
 }
 
 template <class T, class STEP>
-class RECORD_MOVER {
+class RECORD_MOVER : public FIELD_VISITOR<RECORD_MOVER<T, STEP>> {
 public:
     RECORD_MOVER(T &record, STEP const &step_taken) : self(record), step(step_taken) {}
 
@@ -73,23 +70,6 @@ public:
     {
         move_item(step, self.*member);
     }
-    template <class C, class M>
-    void as_array(char const *name, M C::*member)
-    {
-        (*this)(name, member);
-    }
-    template <class C, class M>
-    void vertices(char const *name, M C::*member)
-    {
-        (*this)(name, member);
-    }
-    template <class C, class M>
-    void computed(char const *, M C::*)
-    {}
-    template <class C>
-    void stored_matrix(char const *, VEX2_MATRIX C::*)
-    {}
-    void obsolete_channel(float, float) {}
 
 private:
     T &self;

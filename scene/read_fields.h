@@ -165,7 +165,7 @@ bool read_optional(READ_STATE<VEX2_READ_BUFFER> &state, VEX2_OWNED<T> &item)
 }
 
 template <class SOURCE, class T>
-class RECORD_READER {
+class RECORD_READER : public FIELD_VISITOR<RECORD_READER<SOURCE, T>> {
 public:
     RECORD_READER(READ_STATE<SOURCE> &read_state, T &record) : state(read_state), self(record) {}
 
@@ -182,19 +182,11 @@ public:
             (*this)(name, member);
     }
     template <class C, class M>
-    void as_array(char const *name, M C::*member)
-    {
-        (*this)(name, member);
-    }
-    template <class C, class M>
     void vertices(char const *name, M C::*)
     {
         if (good && !self.read_vertices(state.buffer, state.version))
             fail_at(name);
     }
-    template <class C, class M>
-    void computed(char const *, M C::*)
-    {}
     // Old files hold four groups of four; group r is column r, its fourth number is nothing.
     template <class C>
     void stored_matrix(char const *name, VEX2_MATRIX C::*member)

@@ -11,7 +11,7 @@ template <class T>
 bool write_item(VEX2_CHUNK_WRITER &writer, T const &item);
 
 template <class T>
-class RECORD_WRITER {
+class RECORD_WRITER : public FIELD_VISITOR<RECORD_WRITER<T>> {
 public:
     RECORD_WRITER(VEX2_CHUNK_WRITER &chunk_writer, T const &record) : writer(chunk_writer), self(record) {}
 
@@ -21,22 +21,10 @@ public:
         good &= write_item(writer, self.*member);
     }
     template <class C, class M>
-    void as_array(char const *name, M C::*member)
-    {
-        (*this)(name, member);
-    }
-    template <class C, class M>
     void vertices(char const *, M C::*)
     {
         good &= self.write_vertices(writer);
     }
-    template <class C, class M>
-    void computed(char const *, M C::*)
-    {}
-    template <class C>
-    void stored_matrix(char const *, VEX2_MATRIX C::*)
-    {}
-    void obsolete_channel(float, float) {}
 
     bool good = true;
 
