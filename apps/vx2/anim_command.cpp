@@ -76,8 +76,8 @@ int show_animation(KN::String const &file)
     }
     ANIMATION_CLIP const clip(in, nullptr, 0, CLIP_SOURCE{file}, animation_heap());
     if (!clip.valid) {
-        std::fprintf(stderr, "%s: no animation: version %u, %zu bones, no whole frame; convert it again\n",
-                     KN::printable(file).c_str(), clip.version, clip.bones.size());
+        std::fprintf(stderr, "%s: holds no animation of version 5 or later, or was cut off; convert it again\n",
+                     KN::printable(file).c_str());
         return 1;
     }
     print_header(clip);

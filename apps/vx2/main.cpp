@@ -4,6 +4,7 @@
 #include "foundation/messages.h"
 
 #include <CLI/CLI.hpp>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 
@@ -57,6 +58,11 @@ int main(int count, char **arguments)
     CLI::App *const dump_command =
         add_command(app, line, "dump", "Prints a whole scene as JSON.", "scene file", nullptr);
     CLI::Option *const time = dump_command->add_option("--time", line.time, "seek to this time, in seconds");
+    time->check([](std::string const &given) {
+        float time_given = 0;
+        bool const finite = CLI::detail::lexical_cast(given, time_given) && std::isfinite(time_given);
+        return finite ? std::string() : given + " is not a number of seconds";
+    });
     dump_command->add_flag("--prepare", line.prepare,
                            "merge duplicate vertices and build frames first, as a build does");
     CLI::App *const validate_command = add_command(

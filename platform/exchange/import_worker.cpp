@@ -49,6 +49,18 @@ KN_STD::VECTOR<int> chosen_clips(aiScene const &source, std::string_view choice,
     return chosen;
 }
 
+// What to name instead of a clip that is not there.
+KN::String names_of_clips(aiScene const &source)
+{
+    constexpr unsigned most_named = 20;
+    KN::String names;
+    for (unsigned i = 0; i < source.mNumAnimations && i < most_named; ++i)
+        names += (i == 0 ? "it has '" : ", '") + clip_name(*source.mAnimations[i], i) + "'";
+    if (source.mNumAnimations > most_named)
+        names += " and " + std::to_string(source.mNumAnimations - most_named) + " more";
+    return source.mNumAnimations == 0 ? KN::String("it has none at all") : names;
+}
+
 int import_into(KN::String const &model, KN::String const &folder, KN::String const &stem, std::string_view choice,
                 KN::String const &wanted)
 {
@@ -76,7 +88,7 @@ int import_into(KN::String const &model, KN::String const &folder, KN::String co
         tell("clip", clip_name(*source.mAnimations[i], i));
     KN_STD::VECTOR<int> const clips = chosen_clips(source, choice, wanted);
     if (clips.empty())
-        return fail("it has no animation '" + wanted + "'; name one that it has");
+        return fail("there is no animation '" + wanted + "' in it; " + names_of_clips(source));
 
     double const unit = settle_space(source);
     IMPORT_TEXTURES textures(source, model, folder, stem, notes);

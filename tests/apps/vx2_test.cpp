@@ -87,6 +87,7 @@ TEST_F(Vx2, ExitCodesTellDoneFailedAndWrongUsage)
         {"", 2},
         {"dump", 2},
         {"dump a.vx2 --time soon", 2},
+        {"dump a.vx2 --time nan", 2},
         {"frobnicate a.vx2", 2},
         {"import a.obj b.vx2 --clip x --all-clips", 2},
     };

@@ -134,7 +134,7 @@ TEST(Import, ClipsAreChosenByName)
     request.clip = "run";
     IMPORTED missing;
     import_into(missing, request);
-    EXPECT_EQ(missing.error, request.model + ": it has no animation 'run'; name one that it has");
+    EXPECT_EQ(missing.error, request.model + ": there is no animation 'run' in it; it has 'lean', 'rest/2'");
 
     request.clip.clear();
     request.all_clips = true;
