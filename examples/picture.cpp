@@ -2,6 +2,7 @@
 
 #include "examples/vectors.h"
 #include "foundation/finished_file.h"
+#include "foundation/image.h"
 
 #include <algorithm>
 #include <iostream>
@@ -202,22 +203,18 @@ PICTURE leaves_winter_picture() { return leaves(9, {0.25f, 0.17f, 0.10f}, {0.42f
 
 bool save_picture(PICTURE const &picture, KN::String const &path)
 {
-    // Uncompressed true colour, rows from the bottom; the size stands at bytes 12 and 14. With opacity 32 bits, of
-    // which 8 are told for it in the last byte of the head, else 24.
-    constexpr unsigned char size_low = FIELD::size & 255, size_high = FIELD::size >> 8;
     bool const is_solid =
         std::ranges::all_of(picture.pixels, [](PICTURE::COLOUR const &pixel) { return pixel.opacity == 1; });
-    unsigned char const bits = is_solid ? 24 : 32, opacity_bits = is_solid ? 0 : 8;
-    unsigned char const header[18] = {0, 0, 2, 0,        0,         0,        0,         0,    0,
-                                      0, 0, 0, size_low, size_high, size_low, size_high, bits, opacity_bits};
-    std::string bytes(header, header + sizeof header);
-    auto const append = [&](float part) { bytes += char(std::lround(std::clamp(part, 0.0f, 1.0f) * 255)); };
-    for (PICTURE::COLOUR const &pixel : picture.pixels) {
-        for (float part : {pixel.blue, pixel.green, pixel.red})
-            append(part);
-        if (!is_solid)
-            append(pixel.opacity);
-    }
+    auto const byte_of = [](float part) { return std::uint8_t(std::lround(std::clamp(part, 0.0f, 1.0f) * 255)); };
+    std::vector<KN::PIXEL_8888> pixels;  // from the top, unlike those of a PICTURE
+    for (std::size_t row = FIELD::size; row-- > 0;)
+        for (std::size_t i = row * FIELD::size; i < (row + 1) * FIELD::size; ++i) {
+            PICTURE::COLOUR const &pixel = picture.pixels[i];
+            pixels.push_back({byte_of(pixel.blue), byte_of(pixel.green), byte_of(pixel.red), byte_of(pixel.opacity)});
+        }
+    KN::PixelAccessorDescriptor const all{pixels.data(), FIELD::size, FIELD::size, FIELD::size * 4,
+                                          KN::FORMAT_A8R8G8B8};
+    KN::String const bytes = KN::tga_bytes(all, is_solid ? KN::TGA_R8G8B8 : KN::TGA_A8R8G8B8);
     KN::String error;
     if (KN::write_finished_file(path, bytes, error))
         return true;

@@ -1,14 +1,14 @@
-// show_picture FILE.tga: prints an uncompressed picture of 32 bits as characters, 128 columns wide; the denser the
-// character, the more of it is covered and the darker it is.
+// show_picture FILE.tga: prints a picture, of 32 bits if parts of it are clear, as characters, 128 columns wide; the
+// denser the character, the more of it is covered and the darker it is.
 
 #include "foundation/file.h"
+#include "foundation/image.h"
 
 #include <cstdio>
 #include <vector>
 
 namespace {
 
-constexpr unsigned head_size = 18;
 constexpr unsigned columns = 128;
 constexpr char inks[] = " .:-=+*#%@";
 
@@ -21,17 +21,15 @@ int main(int argument_count, char **arguments)
         return 2;
     }
     KN::MemFileIn file;
-    unsigned char head[head_size];
-    if (!file.open(KN::String(arguments[1]), true) || file.read(head, head_size) != head_size || head[2] != 2 ||
-        head[16] != 32) {
-        std::fprintf(stderr, "%s: is no uncompressed TGA picture of 32 bits\n", arguments[1]);
+    KN::TGAHeader header;
+    if (!file.open(KN::String(arguments[1]), true) || !header.read(file) ||
+        !header.is_plausible(file.size() - file.tell())) {
+        std::fprintf(stderr, "%s: is no TGA picture without a palette, or is cut off\n", arguments[1]);
         return 1;
     }
-    unsigned const width = head[12] | unsigned(head[13]) << 8, height = head[14] | unsigned(head[15]) << 8;
-    bool const is_from_top = (head[17] & 0x20) != 0;
-    std::size_t const size = std::size_t(width) * height * 4;
-    std::vector<unsigned char> pixels(size <= file.size() ? size : 0);
-    if (pixels.empty() || file.read(pixels.data(), unsigned(size)) != size) {
+    unsigned const width = header.width, height = header.height;
+    std::vector<KN::PIXEL_8888> pixels(std::size_t(width) * height);
+    if (!KN::read_pixels(file, header, {pixels.data(), width, height, width * 4, KN::FORMAT_A8R8G8B8})) {
         std::fprintf(stderr, "%s: is cut off\n", arguments[1]);
         return 1;
     }
@@ -43,10 +41,9 @@ int main(int argument_count, char **arguments)
             float ink = 0;  // 0 to 1: opacity times darkness, at least a third where there is anything
             for (unsigned y = top; y < top + 2 * step; ++y) {
                 for (unsigned x = left; x < left + step; ++x) {
-                    unsigned const row = is_from_top ? y : height - 1 - y;
-                    unsigned char const *const pixel = &pixels[(std::size_t(row) * width + x) * 4];
-                    float const bright = float(pixel[0] + pixel[1] + pixel[2]) / (3 * 255);
-                    ink += float(pixel[3]) / 255 * (1 - 0.66f * bright) / float(2 * step * step);
+                    KN::PIXEL_8888 const &pixel = pixels[std::size_t(y) * width + x];
+                    float const bright = float(pixel.blue + pixel.green + pixel.red) / (3 * 255);
+                    ink += float(pixel.alpha) / 255 * (1 - 0.66f * bright) / float(2 * step * step);
                 }
             }
             std::putchar(inks[unsigned(ink * (sizeof inks - 2) + 0.5f)]);

@@ -247,6 +247,11 @@ KN::String IMPORT_TEXTURES::write(KN::String const &reference, KN::String const 
     PICTURE picture;
     if (raw) {
         aiTexture const &embedded = *source.GetEmbeddedTexture(reference.c_str());
+        if (embedded.mWidth > PICTURE::largest || embedded.mHeight > PICTURE::largest) {
+            notes.add(what + " is larger than " + std::to_string(PICTURE::largest) +
+                      " pixels either way; the material goes without it");
+            return {};
+        }
         picture.width = embedded.mWidth;
         picture.height = embedded.mHeight;
         for (std::size_t i = 0; i < std::size_t(picture.width) * picture.height; ++i) {

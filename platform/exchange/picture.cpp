@@ -1,13 +1,13 @@
 #include "platform/exchange/picture.h"
 
+#include "foundation/file.h"
+#include "foundation/image.h"
+
 #include <climits>
 #include <stb/stb_image.h>
 #include <stb/stb_image_write.h>
 
-// TGA, type 2: an 18-byte head, then the rows from the bottom up, blue first.
 namespace {
-
-constexpr std::size_t head_size = 18;
 
 bool is_opaque(PICTURE const &picture)
 {
@@ -17,9 +17,16 @@ bool is_opaque(PICTURE const &picture)
     return true;
 }
 
-unsigned u16_at(std::string_view bytes, std::size_t at)
+// Files have blue first, pictures red.
+void swap_ends(KN_STD::VECTOR<std::uint8_t> &pixels)
 {
-    return static_cast<unsigned char>(bytes[at]) | static_cast<unsigned char>(bytes[at + 1]) << 8;
+    for (std::size_t i = 0; i < pixels.size(); i += 4)
+        std::swap(pixels[i], pixels[i + 2]);
+}
+
+KN::PixelAccessorDescriptor accessor(KN_STD::VECTOR<std::uint8_t> &pixels, unsigned width, unsigned height)
+{
+    return {pixels.data(), width, height, 4 * width, KN::FORMAT_A8R8G8B8};
 }
 
 }  // namespace
@@ -51,58 +58,32 @@ bool decode_picture(void const *bytes, std::size_t size, PICTURE &picture, KN::S
 
 KN::String tga_bytes(PICTURE const &picture)
 {
-    bool const opaque = is_opaque(picture);
-    std::size_t const pixel_size = opaque ? 3 : 4;
-
-    KN::String bytes(head_size + pixel_size * picture.width * picture.height, '\0');
-    bytes[2] = 2;
-    bytes[12] = char(picture.width);
-    bytes[13] = char(picture.width >> 8);
-    bytes[14] = char(picture.height);
-    bytes[15] = char(picture.height >> 8);
-    bytes[16] = char(8 * pixel_size);
-    bytes[17] = opaque ? 0 : 8;  // bits of opacity
-    char *out = bytes.data() + head_size;
-    for (unsigned y = picture.height; y-- > 0;) {
-        std::uint8_t const *in = picture.pixels.data() + std::size_t(y) * picture.width * 4;
-        for (unsigned x = 0; x < picture.width; ++x, in += 4) {
-            *out++ = char(in[2]);
-            *out++ = char(in[1]);
-            *out++ = char(in[0]);
-            if (!opaque)
-                *out++ = char(in[3]);
-        }
-    }
-    return bytes;
+    KN_STD::VECTOR<std::uint8_t> pixels = picture.pixels;
+    swap_ends(pixels);
+    return KN::tga_bytes(accessor(pixels, picture.width, picture.height),
+                         is_opaque(picture) ? KN::TGA_R8G8B8 : KN::TGA_A8R8G8B8);
 }
 
 bool is_plain_tga(std::string_view bytes)
 {
-    if (bytes.size() < head_size || bytes[0] != 0 || bytes[1] != 0 || bytes[2] != 2)
-        return false;
-    std::size_t const width = u16_at(bytes, 12), height = u16_at(bytes, 14), bits = bytes[16];
-    return (bytes[17] & 0x30) == 0 && (bits == 24 || bits == 32) && width != 0 && height != 0 &&
-           width <= PICTURE::largest && height <= PICTURE::largest &&
-           bytes.size() == head_size + bits / 8 * width * height;
+    KN::MemFileIn file(bytes.data(), unsigned(bytes.size()));
+    KN::TGAHeader header;
+    return header.read(file) && header.is_plausible(file.size() - file.tell()) && header.id_length == 0 &&
+           header.image_type == 2 && header.depth >= 24 &&
+           bytes.size() == sizeof(header) + std::size_t(header.depth / 8) * header.width * header.height;
 }
 
 PICTURE picture_of_plain_tga(std::string_view bytes)
 {
+    KN::MemFileIn file(bytes.data(), unsigned(bytes.size()));
+    KN::TGAHeader header;
+    header.read(file);
     PICTURE picture;
-    picture.width = u16_at(bytes, 12);
-    picture.height = u16_at(bytes, 14);
+    picture.width = header.width;
+    picture.height = header.height;
     picture.pixels.resize(std::size_t(4) * picture.width * picture.height);
-    std::size_t const pixel_size = std::size_t(bytes[16]) / 8;
-    char const *in = bytes.data() + head_size;
-    for (unsigned y = picture.height; y-- > 0;) {
-        std::uint8_t *out = picture.pixels.data() + std::size_t(y) * picture.width * 4;
-        for (unsigned x = 0; x < picture.width; ++x, in += pixel_size, out += 4) {
-            out[0] = std::uint8_t(in[2]);
-            out[1] = std::uint8_t(in[1]);
-            out[2] = std::uint8_t(in[0]);
-            out[3] = pixel_size == 4 ? std::uint8_t(in[3]) : 255;
-        }
-    }
+    KN::read_pixels(file, header, accessor(picture.pixels, picture.width, picture.height));
+    swap_ends(picture.pixels);
     return picture;
 }
 

@@ -46,14 +46,14 @@ TEST(Normals, TrianglesWithoutAreaTakeTheirNeighbours)
     EXPECT_EQ(normals[8].y, 1);  // nothing there has an area
 }
 
-TEST(Picture, TgaHoldsTheBottomRowFirstAndBlueFirst)
+TEST(Picture, TgaHoldsTheTopRowFirstAndBlueFirst)
 {
     PICTURE picture;
     picture.width = 1;
     picture.height = 2;
     picture.pixels = {1, 2, 3, 255, 4, 5, 6, 7};  // top, then bottom
     KN::String const tga = tga_bytes(picture);
-    EXPECT_EQ(tga, std::string("\0\0\2\0\0\0\0\0\0\0\0\0\1\0\2\0\x20\x08\6\5\4\7\3\2\1\xff", 26));
+    EXPECT_EQ(tga, std::string("\0\0\2\0\0\0\0\0\0\0\0\0\1\0\2\0\x20\x28\3\2\1\xff\6\5\4\7", 26));
     ASSERT_TRUE(is_plain_tga(tga));
     EXPECT_EQ(picture_of_plain_tga(tga).pixels, picture.pixels);
     for (std::size_t size = 0; size < tga.size(); ++size)
