@@ -30,7 +30,7 @@ KN::String tiff_header(TIFF_INFO const &info, std::uint32_t position)
     constexpr std::uint16_t entry_count = 10;
     constexpr std::uint32_t size = tiff_header_size + sizeof(entry_count) + entry_count * sizeof(TIFF_ENTRY) + 4;
     if (info.bits_per_sample.size() != 1 || std::uint64_t(info.width) * info.height > 0xffffffff ||
-        position + size + strip_size(info) > 0xffffffff)
+        std::uint64_t(position) + size + strip_size(info) > 0xffffffff)
         return {};
     TIFF_ENTRY const entries[entry_count] = {
         {TIFF_WIDTH, TIFF_LONG, 1, info.width},

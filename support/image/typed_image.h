@@ -2,7 +2,8 @@
 // row 0 is the top one. The bytes of all pictures are counted: those of format 12 in KN::ImageLargeAllocator, all
 // others in KN::ImageDefaultAllocator.
 //
-// A picture of more than 2^32 - 1 pixels stays empty. One thread at a time, or const calls of several at once.
+// A picture of more than 2^32 - 1 pixels, or as many bytes in a row, stays empty. One thread at a time, or const calls
+// of several at once.
 #pragma once
 
 #include "foundation/image.h"
