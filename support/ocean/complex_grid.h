@@ -27,7 +27,7 @@ struct COMPLEX_GRID {
     std::uint32_t n = 0;  // the side, a power of two
     std::uint32_t log2_n = 0;
     KN::DynamicArray<COMPLEX> cells;    // row y, column x at y * n + x
-    KN::DynamicArray<ABREAST> scratch;  // a row of each line: n pairs
+    KN::DynamicArray<ABREAST> scratch;  // lines on their way
 
     bool is_allocated() const { return n > 0; }
     void allocate(std::uint32_t side);  // zeros
