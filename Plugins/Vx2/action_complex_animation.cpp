@@ -12,6 +12,8 @@
 #include <QtCore/QFile>
 #include <QtCore/QMap>
 
+#include <algorithm>
+
 using TOOLDATABUILDER::BONE_NAME_TABLE;
 using VEX2_LOADER::VEX2;
 
@@ -40,9 +42,11 @@ ACTION_COMPLEX_ANIMATION::ACTION_COMPLEX_ANIMATION(PHYSICAL_PATH const &physical
 static QString animation_name(std::size_t number) { return QStringLiteral("animation%1.anim").arg(number); }
 
 void ACTION_COMPLEX_ANIMATION::get_affected_files(QVector<LOGICAL_PATH> &sources, QVector<TARGET_FILE> &targets,
-                                                  qint64 &, FILE_TABLE const &files, RULE_CACHE const &) const
+                                                  qint64 &time, FILE_TABLE const &files, RULE_CACHE const &) const
 {
     get_source_files(sources, files);
+    // Which skeletons there are decides which one fits first. The work reads only those that it tries.
+    time = std::max(time, qint64(qHash(skeletons.join('\n'), 0)));
 
     PHYSICAL_PATH const folder(get_target() + "/");
     LOGICAL_PATH const prefix(PATHS::logical_path(get_target()) + "/");

@@ -203,6 +203,20 @@ TEST_F(ANIMATION_ACTIONS, SkeletonsAreTriedInAFixedOrder)
     EXPECT_EQ(ACTION_COMPLEX_ANIMATION(source, tables, nullptr).skeletons,
               QStringList({"man", "ape", "horse", "all", "generic"}));
     EXPECT_EQ(ACTION_COMPLEX_ANIMATION(source, {}, nullptr).skeletons, QStringList("generic"));
+
+    // A skeleton that comes or goes may make another one the first that fits.
+    auto const time_with = [&](KN_STD::VECTOR<BONE_NAME_TABLE> const &known) {
+        QVector<LOGICAL_PATH> sources;
+        QVector<TARGET_FILE> targets;
+        qint64 time = 0;
+        ACTION_COMPLEX_ANIMATION(source, known, nullptr)
+            .get_affected_files(sources, targets, time, tree.files.table, tree.rule_cache);
+        return time;
+    };
+    qint64 const before = time_with(tables);
+    EXPECT_EQ(time_with(tables), before);
+    tables.pop_back();
+    EXPECT_NE(time_with(tables), before);
 }
 
 TEST_F(ANIMATION_ACTIONS, AStageIsAnAnimationAnActorAndTwoDescriptions)
