@@ -87,8 +87,10 @@ void DISPLAY::line(PLANNED_ACTION const &action, QString const &text, int level)
     if (level == 0 || (level == 1 && form == FORM::QUIET))
         return;
     clear_progress();
-    print_error(QStringLiteral("%1: %2%3")
-                    .arg(action.action->get_name(true), level == 1 ? QStringLiteral("warning: ") : QString(), text));
+    QString const head =
+        action.action->get_name(true) + (level == 1 ? QStringLiteral(": warning: ") : QStringLiteral(": "));
+    for (QString const &part : text.split(QLatin1Char('\n')))
+        print_error(head + part);
     if (form == FORM::TERMINAL)
         show_progress();
 }

@@ -97,12 +97,13 @@ int explain_command(OPTIONS const &options)
     for (PLANNED_ACTION const &action : session.plan().actions) {
         bool const makes = std::any_of(action.targets.begin(), action.targets.end(),
                                        [&](TARGET_FILE const &target) { return target.logical == path; });
-        if (!makes && !action.reads(path))
+        bool const reads = action.reads(path) || (!makes && session.state().has_read(action, path));
+        if (!makes && !reads)
             continue;
         is_used = true;
         QString const &reason = reasons[std::size_t(action.index)];
         print_line(QStringLiteral("%1 #%2 %3")
-                       .arg(makes && !action.reads(path) ? QStringLiteral("made by") : QStringLiteral("read by"),
+                       .arg(reads ? QStringLiteral("read by") : QStringLiteral("made by"),
                             QString::number(action.index), action.action->get_name(true)));
         print_line(QStringLiteral("    %1").arg(reason.isEmpty() ? QStringLiteral("up to date")
                                                                  : QStringLiteral("will run: %1").arg(reason)));

@@ -283,7 +283,8 @@ RECORD_TEXTS BUILD_STATE::texts_of(PLANNED_ACTION const &action) const
     if (TARGET_FILE const *const target = action.main_target())
         texts.target = target->logical;
     for (ACTION_LINE const &line : action.action->lines())
-        texts.output += QStringLiteral("%1 %2\n").arg(QString::number(line.level), line.text);
+        for (QString const &part : line.text.split(QLatin1Char('\n')))
+            texts.output += QStringLiteral("%1 %2\n").arg(QString::number(line.level), part);
     return texts;
 }
 
@@ -556,6 +557,14 @@ bool BUILD_STATE::run_ends()
         fault_lines += fault;
     QDir(side_folder).removeRecursively();
     return fault_lines.isEmpty();
+}
+
+bool BUILD_STATE::has_read(PLANNED_ACTION const &action, LOGICAL_PATH const &file) const
+{
+    RECORD_ROW const *const row = record.find(key(action));
+    std::uint64_t const id = text_id(file);
+    return row != nullptr && std::any_of(row->files.begin(), row->files.end(),
+                                         [&](RECORDED_FILE const &known) { return known.path == id; });
 }
 
 QString BUILD_STATE::last_output(PLANNED_ACTION const &action) const { return record.texts(key(action)).output; }

@@ -39,6 +39,8 @@ public:
     // Files that the build wrote for actions which are no longer planned.
     QStringList products_of_nobody() const;
     bool is_planned(std::uint64_t key) const;
+    // Whether the action opened or looked up the file when it last ran.
+    bool has_read(PLANNED_ACTION const &action, LOGICAL_PATH const &file) const;
     // The lines that an action put out when it last ran.
     QString last_output(PLANNED_ACTION const &action) const;
     std::uint64_t contents_read() const { return hashes.files_read(); }

@@ -101,6 +101,8 @@ TEST_F(MoxTest, AChangedSceneRebuildsItselfAndWhatRefersToIt)
     scene.close();
     EXPECT_EQ(mox({"explain", "<raw>/no such.vx2"}).code, 1);
     EXPECT_TRUE(mox({"explain", barrel}).out.contains("will run: <raw>/props/barrel.vx2 has changed"));
+    // Read without being declared as a source.
+    EXPECT_TRUE(mox({"explain", "<raw>/animations/skeletons/horse.bone_table"}).out.contains("meetings/meeting.vx2)"));
     RESULT const result = mox({"build", "--json"});
     EXPECT_EQ(result.code, 0) << result.error.toStdString();
     for (QString const &line : result.out.split('\n', Qt::SkipEmptyParts)) {
@@ -243,6 +245,26 @@ TEST_F(MoxTest, ThePlanPrintsEachActionWithItsEdges)
               QJsonArray({QJsonObject{{"on", prepare["index"]}, {"flag", true}, {"by", "plugin"}}}));
     EXPECT_EQ(prepare["target"], "");
     EXPECT_TRUE(mox({"plan", "--graph", "dot"}).out.startsWith("digraph plan {"));
+}
+
+TEST_F(MoxTest, EachLineOfAMessageNamesItsAction)
+{
+    QString const model = tree() + "/working_data/models/broken.klmodel";
+    ASSERT_TRUE(QDir().mkpath(tree() + "/working_data/models"));
+    QFile file(model);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("<model>\n<geometry></model>");
+    file.close();
+    RESULT const result = mox({"build", "--quiet", "--keep-going"});
+    EXPECT_EQ(result.code, 1);
+    QStringList const lines = result.error.trimmed().split('\n');
+    ASSERT_EQ(lines.size(), 2) << result.error.toStdString();
+    QString const head = "KLModel AGF (<working>/models/broken.klmodel): ";
+    EXPECT_EQ(lines[0], head + "Could not parse file: ");
+    EXPECT_TRUE(lines[1].startsWith(head) && lines[1].endsWith(" (line 2)")) << lines[1].toStdString();
+    QString const why = "    error: ";
+    EXPECT_TRUE(mox({"explain", model})
+                    .out.endsWith(why + "Could not parse file: \n" + why + lines[1].mid(head.size()) + "\n"));
 }
 
 TEST_F(MoxTest, FaultsOfUseAndOfTheProjectHaveTheirExitCodes)
