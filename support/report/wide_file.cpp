@@ -18,7 +18,7 @@ bool WIDE_FILE_OUT::close()
 bool WIDE_FILE_OUT::make_room(std::size_t size)
 {
     flush();
-    buffer.resize(buffer_size);
+    buffer.reserve(buffer_size);
     return size <= buffer_size;
 }
 

@@ -27,7 +27,7 @@ public:
     void put(TEXTS... texts)
     {
         std::size_t const size = (texts.size() + ...);
-        if (size >= buffer.count - used && !make_room(size)) {
+        if (size >= buffer.capacity - used && !make_room(size)) {
             (put_slowly(texts), ...);
             return;
         }
@@ -92,7 +92,7 @@ private:
     void flush();
 
     KN::FileOut file;
-    KN::DynamicArray<char> buffer;
+    KN::DynamicArray<char> buffer;  // its room alone is used
     std::size_t used = 0;
 };
 

@@ -15,29 +15,28 @@ namespace SUPPORT {
 struct XML_ELEMENT {
     KN::UniString name;
 
-    explicit XML_ELEMENT(KN::UniString element_name) : name(std::move(element_name)) {}
+    explicit XML_ELEMENT(std::u16string_view element_name) : name(element_name) {}
 };
 
 // Numbers are decimal, floats with two digits behind the point.
 struct XML_ATTRIBUTE {
     KN::UniString name, value;
 
-    XML_ATTRIBUTE(KN::UniString attribute_name, KN::UniString text)
-        : name(std::move(attribute_name)), value(std::move(text))
+    XML_ATTRIBUTE(std::u16string_view attribute_name, KN::UniString text) : name(attribute_name), value(std::move(text))
     {}
-    XML_ATTRIBUTE(KN::UniString attribute_name, int number)
-        : name(std::move(attribute_name)), value(KN::UniString::format_signed(number))
+    XML_ATTRIBUTE(std::u16string_view attribute_name, int number)
+        : name(attribute_name), value(KN::UniString::format_signed(number))
     {}
-    XML_ATTRIBUTE(KN::UniString attribute_name, unsigned number)
-        : name(std::move(attribute_name)), value(KN::UniString::format(number))
+    XML_ATTRIBUTE(std::u16string_view attribute_name, unsigned number)
+        : name(attribute_name), value(KN::UniString::format(number))
     {}
-    XML_ATTRIBUTE(KN::UniString attribute_name, float number)
-        : name(std::move(attribute_name)), value(KN::UniString::format(number, 2, true))
+    XML_ATTRIBUTE(std::u16string_view attribute_name, float number)
+        : name(attribute_name), value(KN::UniString::format(number, 2, true))
     {}
     // A literal is a text: its pointer must not come here.
     template <std::same_as<bool> BOOL>
-    XML_ATTRIBUTE(KN::UniString attribute_name, BOOL truth)
-        : name(std::move(attribute_name)), value(truth ? u"true" : u"false")
+    XML_ATTRIBUTE(std::u16string_view attribute_name, BOOL truth)
+        : name(attribute_name), value(truth ? u"true" : u"false")
     {}
 };
 
