@@ -1,20 +1,14 @@
-#include "foundation/file.h"
 #include "made_field.h"
 #include "support/ocean/ocean_simulation.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <fstream>
 #include <limits>
 
 using namespace SUPPORT;
 
 namespace {
-
-KN::String place_for(char const *name) { return KN::String(testing::TempDir() + "/" + name); }
-
-void put(KN::String const &path, BYTES const &bytes) { std::ofstream(path, std::ios::binary) << bytes; }
 
 BYTES contents(KN::String const &path)
 {
@@ -48,7 +42,7 @@ TEST(WaveFile, IsReadAndWrittenByteForByte)
     EXPECT_EQ(field.frames[1].pairs[0].second, 9u);
     EXPECT_FALSE(field.height.is_allocated());
 
-    KN::String const path = place_for("wave_bytes");
+    KN::String const path(testing::TempDir() + "/wave_bytes");
     ASSERT_TRUE(field.write(path));
     EXPECT_EQ(contents(path), file);
 }
@@ -105,26 +99,21 @@ TEST(WaveFile, NumbersThatAreNoneCanBeSampled)
         }
 }
 
-TEST(OceanSimulation, FieldsComeFromFilesAndStreamsEachForItself)
+TEST(OceanSimulation, FieldsAreLoadedEachForItself)
 {
-    OCEAN_SETTINGS settings;
-    put(place_for("good"), made_file());
-    put(place_for("bad"), "no waves");
-    for (bool const first : {true, false}) {
-        KN::FileIn sea, swell;
-        sea.open(place_for(first ? "good" : "bad"), true);
-        swell.open(place_for(first ? "bad" : "good"), true);
-        OCEAN_SIMULATION const simulation(settings, sea, swell);
-        EXPECT_TRUE(simulation.loaded);
-        EXPECT_EQ(simulation.sea != nullptr, first);
-        EXPECT_EQ(simulation.swell != nullptr, !first);
-        FRAME_BLEND const start(0, 1, 0);
-        EXPECT_NEAR(simulation.surface_height(start, start, {0, 5, 0}, 0.5f), first ? 5 : 0, 1e-4);
-    }
-    BYTES const bytes = made_file();
-    KN::BufferedMemory sea(bytes.data(), bytes.size()), swell(bytes.data(), bytes.size());
-    OCEAN_SIMULATION const both(settings, sea, swell);
     FRAME_BLEND const start(0, 1, 0);
-    EXPECT_NEAR(both.surface_height(start, start, {1, 0, 0}, 0.5f), 20 + 10, 1e-4);
-    EXPECT_NEAR(both.surface_height(start, start, {1, 0, 0}, 0), 20, 1e-4);
+    for (bool const has_sea : {true, false})
+        for (bool const has_swell : {true, false}) {
+            BYTES const good = made_file(), bad = "no waves";
+            KN::BufferedMemory sea(has_sea ? good.data() : bad.data(), has_sea ? good.size() : bad.size());
+            KN::BufferedMemory swell(has_swell ? good.data() : bad.data(), has_swell ? good.size() : bad.size());
+            OCEAN_SIMULATION const simulation({}, sea, swell);
+            EXPECT_TRUE(simulation.loaded);
+            EXPECT_EQ(simulation.sea != nullptr, has_sea);
+            EXPECT_EQ(simulation.swell != nullptr, has_swell);
+            // 20 metres each.
+            EXPECT_NEAR(simulation.surface_height(start, start, {1, 5, 0}, 0.5f), has_sea ? (has_swell ? 30 : 10) : 0,
+                        1e-4);
+            EXPECT_NEAR(simulation.surface_height(start, start, {1, 5, 0}, 0), has_sea && has_swell ? 20 : 0, 1e-4);
+        }
 }
