@@ -28,6 +28,7 @@ bool replace(String const &from, String const &to)
     return MoveFileExA(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
 }
 int process_number() { return _getpid(); }
+void reserve(std::FILE *, std::uint64_t) {}
 #else
 std::FILE *create_new(String const &path)
 {
@@ -36,6 +37,13 @@ std::FILE *create_new(String const &path)
 }
 bool replace(String const &from, String const &to) { return std::rename(from.c_str(), to.c_str()) == 0; }
 int process_number() { return ::getpid(); }
+void reserve(std::FILE *stream, std::uint64_t size)
+{
+#ifdef __linux__
+    // A hint: without room the writing will tell. The file's size stays as it is.
+    static_cast<void>(::fallocate(::fileno(stream), FALLOC_FL_KEEP_SIZE, 0, off_t(size)));
+#endif
+}
 #endif
 
 }  // namespace
@@ -63,6 +71,12 @@ bool FinishedFile::fail(char const *what)
     if (fault.empty())
         fault = printable(path) + ": " + what + ": " + std::strerror(errno);
     return false;
+}
+
+void FinishedFile::expect(std::uint64_t size)
+{
+    if (stream != nullptr)
+        reserve(stream, size);
 }
 
 bool FinishedFile::write(void const *bytes, std::size_t size)

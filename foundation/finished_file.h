@@ -5,6 +5,7 @@
 
 #include "foundation/string.h"
 
+#include <cstdint>
 #include <cstdio>
 
 namespace KN {
@@ -20,6 +21,8 @@ public:
     // False once anything has failed; error() then says what, with the path.
     bool write(void const *bytes, std::size_t size);
     bool write(std::string_view text) { return write(text.data(), text.size()); }
+    // The file is going to have so many bytes: where the system can, it looks for room for all of them at once.
+    void expect(std::uint64_t size);
     bool commit();
     String const &error() const { return fault; }
 

@@ -43,43 +43,49 @@ bool read_size(FILE &file, unsigned &width, unsigned &height)
     return true;
 }
 
-// samples_of(i): where row i of the file stands, which is the i-th from the field's end.
+// Rows that are worth a task.
+unsigned rows_a_task(HEIGHT_FIELD const &field) { return std::max((1u << 16) / std::max(field.width, 1u), 1u); }
+
+// samples_of(i): where row i of the file stands, which is the i-th from the field's end. In the field, which is the
+// larger of the two, the rows are filled in ascending order, because that is what processors expect.
 template <class SAMPLES_OF>
 void read_rows(HEIGHT_FIELD &field, SAMPLES_OF const &samples_of)
 {
-    constexpr unsigned least = 1 << 16;  // values that are worth a task
-    INDEX_RANGE const rows{0, field.height, std::max(least / field.width, 1u)};
-    parallel_for(rows, [&](INDEX_RANGE const &part) {
-        for (unsigned i = part.begin; i < part.end; ++i)
-            values_of_samples(samples_of(i), field.width, field.row(field.height_minus_one - i));
+    parallel_for(INDEX_RANGE{0, field.height, rows_a_task(field)}, [&](INDEX_RANGE const &part) {
+        for (unsigned y = part.begin; y < part.end; ++y)
+            values_of_samples(samples_of(field.height_minus_one - y), field.width, field.row(y));
     });
 }
 
 bool write(HEIGHT_FIELD const &field, KN::String const &path, void const *header, std::size_t header_size,
            SAMPLE_SCALE const &scale)
 {
-    // Large blocks that lie at multiples of their size, for which the system has the least to do.
+    // Files are written in large blocks that lie at multiples of their size, for which the system has the least to do.
     constexpr std::size_t block = (1 << 20) / sizeof(std::uint16_t);
-    std::uint64_t const whole = header_size / sizeof(std::uint16_t) + std::uint64_t(field.width) * field.height;
-    KN::DynamicArray<std::uint16_t> samples;
-    samples.resize(unsigned(std::min<std::uint64_t>(block, whole)));
-    std::memcpy(samples.data, header, header_size);
     std::size_t gathered = header_size / sizeof(std::uint16_t);
+    std::uint64_t const whole = gathered + std::uint64_t(field.width) * field.height;
+    unsigned const rows_at_once = field.width == 0 ? field.height : unsigned(block / field.width + 1);
+    KN::DynamicArray<std::uint16_t> samples;  // room for a block that is not full, and the rows that fill it
+    samples.reserve(unsigned(std::min<std::uint64_t>(block + std::uint64_t(rows_at_once) * field.width, whole)));
+    std::memcpy(samples.data, header, header_size);
 
     KN::FinishedFile file(path);
-    for (unsigned y = field.height; y-- > 0;) {
-        for (unsigned x = 0; x < field.width;) {
-            unsigned const count = unsigned(std::min<std::size_t>(field.width - x, samples.count - gathered));
-            samples_of_values(field.row(y) + x, count, scale, samples.data + gathered);
-            x += count;
-            gathered += count;
-            if (gathered == samples.count) {
-                file.write(samples.data, gathered * sizeof(std::uint16_t));
-                gathered = 0;
-            }
-        }
-    }
-    file.write(samples.data, gathered * sizeof(std::uint16_t));
+    file.expect(whole * sizeof(std::uint16_t));
+    unsigned end = field.height;
+    do {
+        unsigned const count = std::min(rows_at_once, end), first = end - count;
+        parallel_for(INDEX_RANGE{first, end, rows_a_task(field)}, [&](INDEX_RANGE const &part) {
+            for (unsigned y = part.begin; y < part.end; ++y)
+                samples_of_values(field.row(y), field.width, scale,
+                                  samples.data + gathered + std::size_t(end - 1 - y) * field.width);
+        });
+        gathered += std::size_t(count) * field.width;
+        end = first;
+        std::size_t const full = end == 0 ? gathered : gathered / block * block;
+        file.write(samples.data, full * sizeof(std::uint16_t));
+        gathered -= full;
+        std::memmove(samples.data, samples.data + full, gathered * sizeof(std::uint16_t));
+    } while (end > 0);
     return file.commit();
 }
 

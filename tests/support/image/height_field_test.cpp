@@ -67,6 +67,8 @@ TEST(HeightField, DdsByteForByte)
         header.replace(at, 4, u32(value));
     header.replace(0, 4, "DDS ");
     EXPECT_EQ(folder.bytes("a.dds"), header + u16(0) + u16(0) + u16(65535) + u16(0) + u16(32768) + u16(65535));
+    ASSERT_TRUE(HEIGHT_FIELD().write_dds(folder.at("empty.dds"), nullptr, nullptr));
+    EXPECT_EQ(folder.bytes("empty.dds"), header.replace(12, 8, std::string(8, '\0')));
     EXPECT_FALSE(field.write_dds(folder.at("no/a.dds"), &zero, &one));
     EXPECT_FALSE(field.write_tiff(folder.at("no/a.tif"), &zero, &one));
 }
@@ -82,7 +84,7 @@ TEST(HeightField, SamplesOfARange)
                        {"turned round", 1, 0, true},
                        {"too narrow", 0.5f, 0.50005f, true},
                        {"its own", 0, 1, false}};
-    HEIGHT_FIELD const field = random_field(77, 5);
+    HEIGHT_FIELD const field = random_field(777, 1500);  // more than is written at once
     FOLDER const folder;
     for (auto const &c : cases) {
         SCOPED_TRACE(c.range);
@@ -90,13 +92,13 @@ TEST(HeightField, SamplesOfARange)
         ASSERT_TRUE(field.write_tiff(folder.at("a.tif"), &c.min, c.given ? &c.max : nullptr));
         HEIGHT_FIELD const dds = decoded_dds(folder.bytes("a.dds"));
         std::string const tiff = folder.bytes("a.tif");
-        ASSERT_EQ(tiff.size(), 134u + 2 * 77 * 5);
+        ASSERT_EQ(tiff.size(), 134u + 2 * 777 * 1500);
         float const range = c.max - c.min, scale = std::fabs(range) > 0.0001f ? 1 / range : 1;
-        for (unsigned y = 0; y < 5; ++y)
-            for (unsigned x = 0; x < 77; ++x) {
+        for (unsigned y = 0; y < 1500; ++y)
+            for (unsigned x = 0; x < 777; ++x) {
                 float const v = std::clamp((field.row(y)[x] - c.min) * scale, 0.0f, 1.0f);
                 ASSERT_EQ(dds.row(y)[x], std::floor(v * 65535 + 0.5f)) << x << ' ' << y;
-                ASSERT_EQ(tiff.substr(134 + 2 * ((4 - y) * 77 + x), 2), u16(unsigned(v * 65535))) << x << ' ' << y;
+                ASSERT_EQ(tiff.substr(134 + 2 * ((1499 - y) * 777 + x), 2), u16(unsigned(v * 65535))) << x << ' ' << y;
             }
     }
     HEIGHT_FIELD const flat = field_of(2, 1, {3, 3});
