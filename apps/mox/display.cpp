@@ -24,6 +24,11 @@ char const *status_word(int status)
     return status == ACTION_INTERFACE::DONE ? "done" : status == ACTION_INTERFACE::FAILED ? "failed" : "left out";
 }
 
+double seconds_since(std::chrono::steady_clock::time_point start)
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
 QString clock_text(double seconds)
 {
     int const whole = int(seconds + 0.5);
@@ -48,11 +53,13 @@ void DISPLAY::run_begins(int scheduled, int planned)
 
 void DISPLAY::action_begins(PLANNED_ACTION const &action, QString const &reason)
 {
-    running[action.index] = action.action->get_name(true);
+    RUNNING &now = running[action.index];
+    now = {action.action->get_name(true), std::chrono::steady_clock::now()};
     if (form == FORM::JSON)
         print_event({{"event", "start"},
                      {"action", action.index},
-                     {"name", utf8(running[action.index])},
+                     {"class", utf8(action.class_name)},
+                     {"name", utf8(now.name)},
                      {"reason", utf8(reason)}});
     else if (form == FORM::TERMINAL)
         show_progress();
@@ -61,11 +68,14 @@ void DISPLAY::action_begins(PLANNED_ACTION const &action, QString const &reason)
 void DISPLAY::action_ends(PLANNED_ACTION const &action, int status)
 {
     ++ended;
+    auto const begun = running.find(action.index);  // not there if the action was left out
+    double const seconds = begun == running.end() ? 0 : seconds_since(begun->second.start);
     running.erase(action.index);
     QString const name = action.action->get_name(true);
     bool const is_bad = status != ACTION_INTERFACE::DONE;
     if (form == FORM::JSON) {
-        print_event({{"event", "end"}, {"action", action.index}, {"status", status_word(status)}});
+        print_event(
+            {{"event", "end"}, {"action", action.index}, {"status", status_word(status)}, {"seconds", seconds}});
     } else if (form == FORM::LINES || (is_bad && form == FORM::TERMINAL)) {
         clear_progress();
         print_line(QStringLiteral("[%1/%2] %3%4")
@@ -106,8 +116,8 @@ void DISPLAY::show_progress()
     double const seconds = std::chrono::duration<double>(now - start).count();
     if (ended > 0 && seconds > 2)
         text += QStringLiteral(" %1 left").arg(clock_text(seconds / ended * (total - ended)));
-    for (auto const &[index, name] : running)
-        text += QStringLiteral("  ") + name;
+    for (auto const &[index, action] : running)
+        text += QStringLiteral("  ") + action.name;
     constexpr int width = 100;  // columns; names beyond are cut
     std::fputs(("\r\033[K" + utf8(text.left(width))).c_str(), stdout);
     std::fflush(stdout);
@@ -124,7 +134,7 @@ void DISPLAY::clear_progress()
 
 void DISPLAY::summary(QString const &result_word, int done, int failed, int left_out, int up_to_date)
 {
-    double const seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    double const seconds = seconds_since(start);
     clear_progress();
     if (form == FORM::JSON) {
         print_event({{"event", "summary"},

@@ -32,7 +32,11 @@ private:
     int ended = 0;
     int warning_count = 0;
     bool has_progress = false;
-    std::map<int, QString> running;  // by index in the plan
+    struct RUNNING {
+        QString name;
+        std::chrono::steady_clock::time_point start;
+    };
+    std::map<int, RUNNING> running;  // by index in the plan
     std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
     std::chrono::steady_clock::time_point shown{};
 };
