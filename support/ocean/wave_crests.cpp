@@ -1,10 +1,13 @@
 #include "support/ocean/wave_crests.h"
 
 #include "foundation/containers.h"
+#include "support/maths/lanes.h"
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cmath>
+#include <utility>
 
 namespace SUPPORT {
 
@@ -12,23 +15,51 @@ namespace {
 
 constexpr float widest_displacement = 0.404f;  // along x; beyond it the water rolls over
 
-// The negated displacement along an axis that each byte stands for.
-using DECODED = std::array<float, 256>;
+// The negated displacements of a row.
+struct PUSHES {
+    KN_STD::VECTOR<float> x;  // with the last cell's in front and the first cell's behind
+    KN_STD::VECTOR<float> y;
 
-DECODED negated(float unit, float least)
-{
-    DECODED values;
-    for (unsigned byte = 0; byte < values.size(); ++byte)
-        values[byte] = -(float(byte) * unit + least);
-    return values;
-}
+    explicit PUSHES(std::uint32_t n) : x(n + 2), y(n) {}
+
+    void decode(BYTE_PAIR const *row, WAVE_RANGES const &ranges, WAVE_SCALES const &scales)
+    {
+        std::size_t const n = y.size();
+        float *const to_x = x.data() + 1, *const to_y = y.data();
+        float const unit_x = scales.displacement_unit_x, unit_y = scales.displacement_unit_y;
+        float const least_x = ranges.displacement_min_x, least_y = ranges.displacement_min_y;
+        for (std::size_t i = 0; i < n; ++i) {
+            to_x[i] = -(float(row[i].x) * unit_x + least_x);
+            to_y[i] = -(float(row[i].y) * unit_y + least_y);
+        }
+        x.front() = x[n];
+        x.back() = x[1];
+    }
+};
 
 // How much sharper the water is pushed here than on the side that it is pushed to; 0 if it is not pushed together.
-float pushed_together(float here, float after, float before)
+FOUR_FLOATS pushed_together(FOUR_FLOATS const &here, float const *after_cells, float const *before_cells)
 {
-    if (here > 0)
-        return after < 0 ? here - after : 0;
-    return before > 0 ? before - here : 0;
+    FOUR_FLOATS after, before;
+    load_lanes(after, after_cells);
+    load_lanes(before, before_cells);
+    FOUR_FLOATS const there = here > 0 ? after : before;
+    FOUR_FLOATS const against = here > 0 ? -there : there;
+    FOUR_FLOATS const apart = here > 0 ? here - there : there - here;
+    return against > 0 ? apart : FOUR_FLOATS{};
+}
+
+// Of each cell of a row, the greater of both axes.
+void find_strengths(float *strengths, PUSHES const &row, PUSHES const &above, PUSHES const &below)
+{
+    for (std::size_t i = 0; i < row.y.size(); i += 4) {
+        FOUR_FLOATS x, y;
+        load_lanes(x, &row.x[i + 1]);
+        load_lanes(y, &row.y[i]);
+        FOUR_FLOATS const along_x = pushed_together(x, &row.x[i + 2], &row.x[i]);
+        FOUR_FLOATS const along_y = pushed_together(y, &below.y[i], &above.y[i]);
+        store_lanes(along_x > along_y ? along_x : along_y, strengths + i);
+    }
 }
 
 bool by_column(CREST_POINT const &a, CREST_POINT const &b) { return a.x < b.x; }
@@ -76,25 +107,22 @@ private:
 void collect_crests(WAVE_FRAME &frame, WAVE_RANGES const &ranges, WAVE_SCALES const &scales, float threshold)
 {
     WAVE_PLANE<BYTE_PAIR> const &plane = frame.displacements;
-    DECODED const x_of = negated(scales.displacement_unit_x, ranges.displacement_min_x);
-    DECODED const y_of = negated(scales.displacement_unit_y, ranges.displacement_min_y);
-
-    std::uint32_t const n = plane.width;
+    if (plane.cells.empty())
+        return;
+    assert(plane.width % 4 == 0);
+    PUSHES above(plane.width), row(plane.width), below(plane.width);
+    above.decode(&plane.at(0, plane.rows - 1), ranges, scales);
+    row.decode(&plane.at(0, 0), ranges, scales);
+    KN_STD::VECTOR<float> strengths(plane.width);
     KN_STD::VECTOR<CREST_POINT> found;  // row by row, as the plane lies in memory
     for (std::uint32_t y = 0; y < plane.rows; ++y) {
-        BYTE_PAIR const *const row = &plane.at(0, y);
-        BYTE_PAIR const *const above = &plane.at(0, y == 0 ? plane.rows - 1 : y - 1);
-        BYTE_PAIR const *const below = &plane.at(0, y + 1 == plane.rows ? 0 : y + 1);
-        for (std::uint32_t x = 0; x < n; ++x) {
-            float const dx = x_of[row[x].x], dy = y_of[row[x].y];
-            if (std::abs(dx) > widest_displacement)
-                continue;
-            float const right = x_of[row[x + 1 == n ? 0 : x + 1].x], left = x_of[row[x == 0 ? n - 1 : x - 1].x];
-            float const strength =
-                std::max(pushed_together(dx, right, left), pushed_together(dy, y_of[below[x].y], y_of[above[x].y]));
-            if (strength > threshold)
-                found.push_back({x, y, strength, 0});
-        }
+        below.decode(&plane.at(0, y + 1 == plane.rows ? 0 : y + 1), ranges, scales);
+        find_strengths(strengths.data(), row, above, below);
+        for (std::uint32_t x = 0; x < plane.width; ++x)
+            if (strengths[x] > threshold && !(std::abs(row.x[x + 1]) > widest_displacement))
+                found.push_back({x, y, strengths[x], 0});
+        std::swap(above, row);
+        std::swap(row, below);
     }
     std::stable_sort(found.begin(), found.end(), by_column);
 
@@ -103,6 +131,7 @@ void collect_crests(WAVE_FRAME &frame, WAVE_RANGES const &ranges, WAVE_SCALES co
         weakest = std::min(weakest, crest.strength);
         strongest = std::max(strongest, crest.strength);
     }
+    frame.crests.reserve(frame.crests.count + unsigned(found.size()));
     for (CREST_POINT &crest : found) {
         if (weakest != strongest)
             crest.strength = (crest.strength - weakest) / (strongest - weakest);

@@ -7,7 +7,7 @@
 namespace SUPPORT {
 
 // Appends the crests of a frame, column by column, with strengths from 0 to 1 between the weakest and the strongest;
-// as they are if all are alike.
+// as they are if all are alike. The width is a multiple of 4.
 void collect_crests(WAVE_FRAME &frame, WAVE_RANGES const &ranges, WAVE_SCALES const &scales, float threshold);
 
 // Over the collected crests of a whole loop: strengths are spread around the most frequent one, 0.5 to 1; each crest

@@ -1,5 +1,6 @@
 // A sea at one instant, and its whole loop, beside the same done plainly: each cell with the functions of the standard
-// library, the transforms by FFTW; and beside a copy of the five grids. Waves of a fresh breeze.
+// library, the transforms by FFTW; and beside a copy of the five grids. Waves of a fresh breeze, 3 to 4 metres from
+// trough to crest, with foam on a few cells in a hundred.
 #include "benchmarks/support/side_by_side.h"
 #include "fftw_grid.h"
 #include "support/ocean/ocean_wave_field.h"
@@ -7,6 +8,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <ctime>
+#include <limits>
 #include <memory>
 #include <vector>
 
@@ -15,8 +18,8 @@ namespace {
 using namespace SUPPORT;
 
 constexpr unsigned side = 256;
-WAVE_PARAMETERS const wind = {1, 0.3f, 8, 0.0002f, 0};
-CREST_PARAMETERS const crests = {1, {}, 0, 0.5f, 0.1f};
+WAVE_PARAMETERS const wind = {1, 0.4f, 7, 3e-5f, 0};
+CREST_PARAMETERS const crests = {1, {}, 0, 0.3f, 0.08f};
 
 class PLAIN_SEA {
 public:
@@ -116,24 +119,31 @@ void SeaInstant(benchmark::State &state)
 }
 BENCHMARK(SeaInstant)->Iterations(100)->Unit(benchmark::kMillisecond);
 
-// All of the build, the file (in the current directory, removed afterwards) included.
+// All of the build, the file (in the current directory, removed afterwards) included. A loop takes too long to stay
+// undisturbed, so both are measured in the time that the processor spends on them.
 void SeaLoop(benchmark::State &state)
 {
     SEA_WAVE_FIELD const instant(wind, crests, false);
     PLAIN_SEA plain(instant);
-    SIDE_BY_SIDE times;
     std::unique_ptr<SEA_WAVE_FIELD> loop;
+    std::clock_t least_plain = std::numeric_limits<std::clock_t>::max(), least_loop = least_plain;
+    auto const time = [](std::clock_t &least, auto const &work) {
+        std::clock_t const start = std::clock();
+        work();
+        least = std::min(least, std::clock() - start);
+    };
     for (auto _ : state) {
         for (int i = 0; i < 10; ++i)
-            times.time("plain_instant", [&] { plain.encode(float(i)); });
-        times.time("loop", [&] { loop = std::make_unique<SEA_WAVE_FIELD>(wind, crests, true); });
+            time(least_plain, [&] { plain.encode(float(i)); });
+        time(least_loop, [&] { loop = std::make_unique<SEA_WAVE_FIELD>(wind, crests, true); });
     }
     std::remove("sea");
-    times.report(state);
-    state.counters["loop_to_plain_instant"] = times.ratio("loop", "plain_instant");
+    state.counters["loop_us"] = double(least_loop) * 1e6 / CLOCKS_PER_SEC;
+    state.counters["plain_instant_us"] = double(least_plain) * 1e6 / CLOCKS_PER_SEC;
+    state.counters["loop_to_plain_instant"] = double(least_loop) / double(least_plain);
     if (loop->frames.count != 100 || loop->frames[50].crests.empty())
         state.SkipWithError("no loop");
 }
-BENCHMARK(SeaLoop)->Iterations(4)->Unit(benchmark::kMillisecond);
+BENCHMARK(SeaLoop)->Iterations(8)->Unit(benchmark::kMillisecond);
 
 }  // namespace
