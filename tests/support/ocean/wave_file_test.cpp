@@ -67,8 +67,10 @@ TEST(WaveFile, FaultyBytesAreRefused)
         {"plane of another height", changed(66, u32(1))},
         {"no heights", made_header() + whole.substr(62).replace(0, 12, u32(0) + u32(0))},
         {"crests beyond the bytes", changed(62 + 12 + 2 * 16, u32(0xffffffffu))},
-        {"crest outside the grid",
-         whole.substr(0, whole.size() - 8) + u32(1) + u32(2) + u32(0) + f32(1) + f32(1) + u32(0)},
+        {"crest right of the grid",
+         whole.substr(0, whole.size() - 8) + u32(1) + u32(2) + u32(0) + u32(0) + u32(0) + u32(0)},
+        {"crest below the grid",
+         whole.substr(0, whole.size() - 8) + u32(1) + u32(0) + u32(2) + u32(0) + u32(0) + u32(0)},
     };
     for (auto const &c : cases) {
         SCOPED_TRACE(c.fault);
