@@ -42,7 +42,7 @@ T const *in_a_row(std::span<T> values, std::span<std::int32_t const> map, std::s
     std::int32_t const first = mapped_count != 0 ? map[bone] : -1;
     bool ascend = mapped_count == count, absent = true;
     for (std::size_t i = 0; i < mapped_count; ++i) {
-        ascend &= map[bone + i] == first + std::int32_t(i);
+        ascend &= std::uint32_t(map[bone + i]) == std::uint32_t(first) + std::uint32_t(i);
         absent &= map[bone + i] < 0;
     }
     if (absent)

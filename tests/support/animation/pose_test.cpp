@@ -63,6 +63,8 @@ struct RANDOM_ANIMATION {
                 file.translation_map[i] = int(random() % (2 * bones)) - int(bones / 2);
             }
         }
+        if (kind == 2)  // no place comes behind the last that there can be
+            file.rotation_map[0] = file.translation_map[0] = std::numeric_limits<int>::max();
         while (file.frames.size() < frames)
             add_frame();
         if (kind == 3)
