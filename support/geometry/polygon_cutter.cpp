@@ -309,6 +309,8 @@ bool POLYGON_CUTTER::add_shape(CUT_NODE *start, KN::DynamicArray<FLAT_BOX> &boxe
     walked.polyline.resize(0);
     if (!walk(start, walked))
         return false;
+    if (start->forward_chain == nullptr)
+        walked.shape_id = -1;
     FLAT_BOX box(walked.polyline[0], walked.polyline[0]);
     for (VECTOR2 const &point : walked.polyline)
         box.add(point);

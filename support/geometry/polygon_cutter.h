@@ -46,8 +46,9 @@ struct CHAIN_NODE {
 
 // One piece.
 struct CUT_SHAPE {
-    // That of the cut which the piece lies on the forward side of: for an outline and closed polylines that run the
-    // same way round, the pieces inside a polyline carry its number and those outside -1.
+    // Going along the ring from `ring` on, the first node of the piece that belongs to a cut decides: the number of the
+    // cut if it starts there, -1 if it ends there. So for an outline and closed polylines that run the same way round,
+    // the pieces inside a polyline carry its number and those outside -1.
     std::int32_t shape_id = -1;
     POLYLINE polyline;
 
