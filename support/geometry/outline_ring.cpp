@@ -12,7 +12,7 @@ static SEGMENT2 edge_from(OUTLINE_VERTEX const &vertex)
 
 // The first vertex whose edge `hit` answers true for; null if none.
 template <class HIT>
-static OUTLINE_VERTEX const *first_edge(OUTLINE_VERTEX const &ring, HIT const &hit)
+static OUTLINE_VERTEX const *first_edge(OUTLINE_RING const &ring, HIT const &hit)
 {
     OUTLINE_VERTEX const *at = &ring;
     do {
@@ -23,18 +23,18 @@ static OUTLINE_VERTEX const *first_edge(OUTLINE_VERTEX const &ring, HIT const &h
     return nullptr;
 }
 
-static OUTLINE_VERTEX const *first_crossing(OUTLINE_VERTEX const &ring, SEGMENT2 const &segment, END_FLAGS flags)
+static OUTLINE_VERTEX const *first_crossing(OUTLINE_RING const &ring, SEGMENT2 const &segment, END_FLAGS flags)
 {
     return first_edge(ring,
                       [&](SEGMENT2 const &edge) { return segments_cross_2d(segment, edge, flags, closed_segment, 0); });
 }
 
-bool ring_segment(OUTLINE_VERTEX const &ring, SEGMENT2 const &segment, END_FLAGS flags)
+bool ring_segment(OUTLINE_RING const &ring, SEGMENT2 const &segment, END_FLAGS flags)
 {
     return first_crossing(ring, segment, flags) != nullptr;
 }
 
-bool ring_segment_first(OUTLINE_VERTEX const &ring, SEGMENT2 const &segment, END_FLAGS flags, float &t)
+bool ring_segment_first(OUTLINE_RING const &ring, SEGMENT2 const &segment, END_FLAGS flags, float &t)
 {
     bool found = false;
     first_edge(ring, [&](SEGMENT2 const &edge) {
@@ -48,7 +48,7 @@ bool ring_segment_first(OUTLINE_VERTEX const &ring, SEGMENT2 const &segment, END
     return found;
 }
 
-bool ring_circle(OUTLINE_VERTEX const &ring, CIRCLE const &circle)
+bool ring_circle(OUTLINE_RING const &ring, CIRCLE const &circle)
 {
     VECTOR2 const from_centre = VECTOR2{ring.x, ring.y} - circle.centre;
     return dot(from_centre, from_centre) <= circle.radius * circle.radius ||
@@ -56,13 +56,13 @@ bool ring_circle(OUTLINE_VERTEX const &ring, CIRCLE const &circle)
            ring_contains_point(ring, circle.centre, 0);
 }
 
-bool ring_rect(OUTLINE_VERTEX const &ring, RECT2 const &rect)
+bool ring_rect(OUTLINE_RING const &ring, RECT2 const &rect)
 {
     return first_edge(ring, [&](SEGMENT2 const &edge) { return segment_rect(edge, rect); }) ||
            ring_contains_point(ring, rect.min, 0);
 }
 
-bool ring_ring(OUTLINE_VERTEX const &a, OUTLINE_VERTEX const &b, OUTLINE_VERTEX const *&vertex)
+bool ring_ring(OUTLINE_RING const &a, OUTLINE_RING const &b, OUTLINE_VERTEX const *&vertex)
 {
     OUTLINE_VERTEX const *found =
         first_edge(a, [&](SEGMENT2 const &edge) { return ring_segment(b, edge, closed_segment); });
@@ -75,7 +75,7 @@ bool ring_ring(OUTLINE_VERTEX const &a, OUTLINE_VERTEX const &b, OUTLINE_VERTEX 
     return found != nullptr;
 }
 
-bool ring_contains_point(OUTLINE_VERTEX const &ring, VECTOR2 const &point, float distance)
+bool ring_contains_point(OUTLINE_RING const &ring, VECTOR2 const &point, float distance)
 {
     auto const moved = [distance](OUTLINE_VERTEX const &vertex) {
         return VECTOR2{vertex.x + vertex.offset_direction.x * distance,
