@@ -1,5 +1,5 @@
 // BONE_RECORD and ANIMATION_FRAME: a bone table and one frame of an animation, as skeletons and clips hold them.
-// Lengths are metres, rotations and translations those of a bone against its parent.
+// Lengths are metres, y is up; rotations and translations are those of a bone against its parent.
 #pragma once
 
 #include "foundation/string.h"
@@ -25,8 +25,9 @@ struct ANIMATION_FRAME {
     std::span<VECTOR3> translations;
     std::span<PACKED_QUATERNION> rotations;
     std::span<std::int32_t const> translation_map, rotation_map;
-    VECTOR3 root_position, root_offset;
-    ANGLE16 heading = 0;
+    VECTOR3 root_position;  // of the root bone, as the options of the load leave it
+    VECTOR3 root_offset;    // zero: for the user of the frame
+    ANGLE16 heading = 0;    // of the root bone, about y; see heading_of
     BONE_TABLE skeleton;
     ANIMATION_FRAME const *bind_frame = nullptr;  // null: what is not animated is at the identity
     // So many bones from the first on stand in the arrays at their own numbers; loops over these need no map.

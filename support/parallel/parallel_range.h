@@ -1,7 +1,8 @@
 // A function over an index range on the worker threads of task::, as a flat loop or as a reduction that divides and
 // combines. Both return when all of it is done, may be nested, and may be called from any thread; the calling thread
-// works too. The function runs on several threads at once, each time for a part of the range that is its own, with the
-// floating-point state of KN::set_fp_state. It must not throw.
+// works too. The function runs on several threads at once, each time for a part of the range that is its own. It must
+// not throw. What runs as a task has the floating-point state of KN::set_fp_state; a single part of a loop and the left
+// halves of a reduction run in that of the calling thread.
 #pragma once
 
 #include "foundation/task.h"
@@ -20,7 +21,8 @@ struct INDEX_RANGE {
     std::uint32_t size() const { return end > begin ? end - begin : 0; }
 };
 
-// Parts into which a range of `n` is divided if nobody knows better: 20 a thread, of at least 2.
+// Lengths for a range of `n` if nobody knows better. A chunk: 20 of them a thread, of at least 2. A grain: 64 of them
+// in the range, of at least 64.
 std::uint32_t default_chunk(std::uint32_t n);
 std::uint32_t default_grain(std::uint32_t n);
 

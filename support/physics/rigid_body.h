@@ -11,15 +11,16 @@ class RIGID_BODY {
 public:
     virtual ~RIGID_BODY() = default;
 
-    // For bodies that know more of their world; each is called once a step, in this order. The first may change both
-    // velocities before they are used.
+    // For bodies that know more of their world; `step` calls each once, and they do nothing here.
+    // First of all: both velocities may be changed before they are used.
     virtual void on_step_begin(float dt, VECTOR3 &body_velocity, VECTOR3 &body_angular_velocity);
-    // `force` and `torque` have been taken: the place to clear or gather them.
+    // Last: `force` and `torque` have been taken, the place to clear or gather them.
     virtual void on_forces_used();
-    // The rotation of this step has been found and is about to be applied.
+    // In between: the body has moved, and `delta` is about to be put in front of its orientation.
     virtual void on_rotated(QUATERNION const &delta);
 
-    // Moves by the velocities, turns, then lets the forces change the velocities. The orientation is not normalised.
+    // Moves by the velocities, turns, then lets the forces change the velocities, by 1 / mass whatever `inverse_mass`
+    // is. The orientation is not normalised.
     void step(float dt);
 
     float mass = 1;

@@ -7,7 +7,8 @@
 
 namespace SUPPORT {
 
-// What a statistics page shows of a value over a period.
+// What a statistics page shows of a value over a period. The clock only begins it anew; whoever measures lowers the
+// minimum.
 struct CLOCK_STATISTICS {
     static constexpr float no_minimum = 1e7f;
 
