@@ -126,9 +126,9 @@ int clean_command(OPTIONS const &options)
         session.make_plan();
         session.make_state();
     }
-    print_warnings(session, options);
     QStringList removed;
     bool const good = session.clean(options.only_gone, removed);
+    print_warnings(session, options);
     for (QString const &file : removed)
         print_line(QStringLiteral("removed %1").arg(file));
     print_line(QStringLiteral("%1 files removed").arg(removed.size()));

@@ -64,7 +64,11 @@ struct RECORDED_TARGET {
         WRITTEN = 2,  // the build made or changed it, as against a file that it found and left alone
         AWAITED = 4,  // it was not there when the action that is owed was chosen to run
     };
+    static constexpr std::uint64_t all_flags = 0xff;
+
     std::uint64_t path;
+    // FLAGs in the low 8 bits. Above them what identifies the file's state when the build wrote it (written_state), so
+    // that a later change by others is seen; 0 if that is not known.
     std::uint64_t flags;
 };
 

@@ -297,6 +297,7 @@ bool BUILD_STATE::run_begins(QVector<PLANNED_ACTION const *> const &scheduled)
         return false;
     }
     for (PLANNED_ACTION const *action : scheduled) {
+        owed.insert(key(*action));
         if (auto const *const rows = dynamic_cast<ACTION_UPDATE_DB const *>(action->action))
             database.announce(rows->table_rows());
         RECORD_ROW row;
@@ -407,7 +408,7 @@ void BUILD_STATE::keep_books(PLANNED_ACTION const &action, ACTION_ACCOUNT const 
         if (KN::exists(disk_name(target.physical)))
             flags |= RECORDED_TARGET::STOOD;
         if (flags != 0 && was_written_since(target.physical, account.started()))
-            flags |= RECORDED_TARGET::WRITTEN;
+            flags |= RECORDED_TARGET::WRITTEN | written_state(target.physical);
         targets.push_back({id, flags});
         record.put_text(id, name, name_kind(name));
     }
@@ -417,10 +418,11 @@ void BUILD_STATE::keep_books(PLANNED_ACTION const &action, ACTION_ACCOUNT const 
             continue;
         auto const still = std::find_if(targets.begin(), targets.end(),
                                         [&](auto const &target) { return target.path == earlier.path; });
-        if (still != targets.end())
-            still->flags |= RECORDED_TARGET::WRITTEN;
-        else
-            targets.push_back({earlier.path, RECORDED_TARGET::WRITTEN});
+        std::uint64_t const state = earlier.flags & ~RECORDED_TARGET::all_flags;
+        if (still == targets.end())
+            targets.push_back({earlier.path, RECORDED_TARGET::WRITTEN | state});
+        else if ((still->flags & RECORDED_TARGET::WRITTEN) == 0)
+            still->flags |= RECORDED_TARGET::WRITTEN | state;
     }
     row.targets = targets;
 
@@ -535,6 +537,8 @@ bool BUILD_STATE::run_ends()
 {
     // Files that were only touched: with their new times, the next build need not read them.
     for (std::uint64_t const touched_key : touched) {
+        if (owed.count(touched_key) != 0)
+            continue;  // it ran for another reason, and has a row of that run
         RECORD_ROW row = *record.find(touched_key);
         std::vector<RECORDED_FILE> looked_at(row.files.begin(), row.files.end());
         for (RECORDED_FILE &file : looked_at)

@@ -113,7 +113,8 @@ private:
         };
     };
     std::unordered_map<ANSWERED, std::uint64_t, ANSWERED::HASH> answers;
-    std::vector<std::uint64_t> touched;  // keys of rows with files of which only the time has changed
+    std::vector<std::uint64_t> touched;      // keys of rows with files of which only the time has changed
+    std::unordered_set<std::uint64_t> owed;  // keys of the actions that runs have begun with
 
     std::vector<std::unique_ptr<RUNNING>> running;  // by index in the plan; each used by the thread that runs it
     std::atomic<std::int64_t> next_flush = 0;       // moment

@@ -1,6 +1,7 @@
 #include "platform/build_host/file_stamp.h"
 
 #include "platform/build_host/disk_name.h"
+#include "platform/build_host/mix.h"
 
 #include <QtCore/QFile>
 
@@ -57,6 +58,12 @@ std::int64_t now()
     timespec time;
     ::clock_gettime(CLOCK_REALTIME, &time);
     return nanoseconds(time) - clock_slack;
+}
+
+std::uint64_t written_state(QString const &physical)
+{
+    FILE_STAMP const stamp = stamp_of(physical);
+    return mix(mix(1, std::uint64_t(stamp.size)), std::uint64_t(stamp.time)) & ~RECORDED_TARGET::all_flags;
 }
 
 bool was_written_since(QString const &physical, std::int64_t moment)

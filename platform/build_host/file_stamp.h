@@ -9,6 +9,9 @@
 // Size and time of a regular file; absent if there is none, folders included. `hash` stays 0. Backslashes are turned.
 BUILD_HOST_API FILE_STAMP stamp_of(QString const &physical);
 
+// The state of a file that the build has just written, for RECORDED_TARGET::flags.
+std::uint64_t written_state(QString const &physical);
+
 // True if the file was written, or put in its place, at `moment` or later. Moments come from `now`, which is early by
 // more than the steps of a file system's clock.
 std::int64_t now();

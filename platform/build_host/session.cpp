@@ -191,6 +191,12 @@ bool SESSION::clean(bool only_gone, QStringList &removed)
                 is_needed = true;  // by others; that a build wrote it is known from this row alone
                 continue;
             }
+            std::uint64_t const state = target.flags & ~RECORDED_TARGET::all_flags;
+            bool const is_awaited = (target.flags & wanted & RECORDED_TARGET::AWAITED) != 0;
+            if (!is_awaited && state != 0 && state != written_state(file)) {
+                warning_lines += QStringLiteral("%1: was changed since a build wrote it, and is left").arg(file);
+                continue;
+            }
             std::error_code fault;
             if (std::filesystem::remove(std::string(disk_name(file)), fault))
                 removed += file;

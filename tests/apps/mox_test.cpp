@@ -88,6 +88,17 @@ TEST_F(MoxTest, ASecondBuildDoesNothingAndCleanLeavesTheArtAlone)
             << file.first.toStdString();
     build();
     EXPECT_EQ(files("working_data"), products);
+
+    // What somebody has made of a product since is not the build's to remove, also after a further build.
+    QString const edited = tree() + "/working_data/animations/meetings/meeting/user_spec.xml";
+    QFile file(edited);
+    ASSERT_TRUE(file.open(QIODevice::Append));
+    file.write("<!-- by hand -->\n");
+    file.close();
+    build();
+    EXPECT_EQ(mox({"clean"}).code, 0);
+    EXPECT_TRUE(QFile::exists(edited));
+    EXPECT_FALSE(QFile::exists(tree() + "/working_data/animations/meetings/meeting/tool_spec.xml"));
 }
 
 // Rebuilt are the scene and those that refer to it, nothing else, and `explain` says so beforehand.
