@@ -53,7 +53,7 @@ bool ACTION_CONVERT::is_target_binary() const { return true; }
 
 bool ACTION_CONVERT::convert(PHYSICAL_PATH const &, PHYSICAL_PATH const &, RULE_CACHE const &, FILE_TABLE const &)
 {
-    output_line(QStringLiteral("%1: this conversion is not built yet").arg(source_path), 2);
+    output_line(QStringLiteral("%1: this action knows no conversion").arg(source_path), 2);
     return false;
 }
 
