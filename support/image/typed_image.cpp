@@ -73,10 +73,12 @@ template <unsigned FORMAT>
 void TYPED_IMAGE<FORMAT>::resize(unsigned width, unsigned height)
 {
     std::uint64_t const count = std::uint64_t(width) * height;
+    if (count > 0xffffffff || width > 0xffffffff / FORM::size) {
+        free();
+        return;
+    }
     if (count > pixel_capacity) {
         free();
-        if (count > 0xffffffff || width > 0xffffffff / FORM::size)
-            return;
         take(unsigned(count));
     }
     columns = width;

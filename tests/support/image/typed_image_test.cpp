@@ -91,6 +91,9 @@ TEST(TypedImage, BytesAreCountedAndBlocksKept)
         EXPECT_EQ(c.mem, before);
         EXPECT_GE(c.hwm, before + 2000000 * c.size);
     }
+    TYPED_IMAGE<KN::FORMAT_R8G8B8> image(4, 4);
+    image.resize(0x60000000, 0);  // rows of more than 4 GiB, if none of them
+    EXPECT_EQ(image.accessor().width + image.accessor().pitch, 0u);
 }
 
 // Rows from the bottom, packed, behind a text; in front of the picture stand bytes that are none of its business.
