@@ -1,8 +1,8 @@
 // HEIGHT_FIELD: heights in a grid of floats, row 0 first, which is the top one of a picture. Its files hold 16-bit
 // samples: a grey DDS and a grey TIFF. A file is read as values from 0 to 1; how high 1 is nobody wrote down.
 //
-// Files are not trusted: no more memory is taken than twice their size. Paths are written whole or not at all. Threads:
-// const calls may run at once.
+// Files are not trusted: the memory that is taken is bounded by a few times their size. Paths are written whole or not
+// at all. Threads: const calls may run at once.
 #pragma once
 
 #include "foundation/dynamic_array.h"
@@ -36,7 +36,7 @@ public:
     static bool read_dds_size(KN::MemFileIn &file, unsigned &width, unsigned &height);
 
     // `min` becomes sample 0 and `max` 65535; the values' own range if either is null. DDS rounds, TIFF cuts off. The
-    // last row comes first. False if the file cannot be written, and for a TIFF also if it would pass 4 GiB.
+    // last row comes first. False if the file cannot be written or would pass 4 GiB.
     bool write_dds(KN::String const &path, float const *min, float const *max) const;
     bool write_tiff(KN::String const &path, float const *min, float const *max) const;
     // A picture to look at: the lower eight bits of the rounded scale * value, halves away from 0, in all colours.

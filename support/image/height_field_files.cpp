@@ -149,6 +149,8 @@ bool HEIGHT_FIELD::read_tiff(KN::MemFileIn &file)
 
 bool HEIGHT_FIELD::write_dds(KN::String const &path, float const *min, float const *max) const
 {
+    if (std::uint64_t(width) * height > (0xffffffff - sizeof(DDS_HEADER)) / sizeof(std::uint16_t))
+        return false;
     DDS_HEADER header;
     header.height = height;
     header.width = width;

@@ -71,6 +71,9 @@ TEST(HeightField, DdsByteForByte)
     EXPECT_EQ(folder.bytes("empty.dds"), header.replace(12, 8, std::string(8, '\0')));
     EXPECT_FALSE(field.write_dds(folder.at("no/a.dds"), &zero, &one));
     EXPECT_FALSE(field.write_tiff(folder.at("no/a.tif"), &zero, &one));
+    HEIGHT_FIELD huge;  // 4 GiB, of which nothing may be looked at
+    huge.width = huge.height = 46341;
+    EXPECT_FALSE(huge.write_dds(folder.at("huge"), &zero, &one) || huge.write_tiff(folder.at("huge"), &zero, &one));
 }
 
 // The formula for each value by itself, against rows whose length is no multiple of what runs abreast.

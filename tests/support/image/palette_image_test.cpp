@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 using namespace SUPPORT;
 
 namespace {
@@ -28,6 +30,9 @@ TEST(PaletteImage, WrittenByteForByte)
     EXPECT_EQ(folder.bytes("a.tga"), std::string("\0\1\1\0\0\3\0\x18\0\0\0\0\3\0\2\0\10\10", 18) +
                                          std::string("\x12\x34\x56\xff\0\0\xff\xff\xff", 9) +
                                          std::string("\0\1\2\0\1\2", 6));
+    PALETTE_IMAGE const again(folder.at("a.tga"));
+    EXPECT_TRUE(std::ranges::equal(again.pixels, image.pixels) && again.palette[0] == 0xff563412);
+    EXPECT_TRUE(PALETTE_IMAGE(folder.at("none.tga")).palette.empty());
     EXPECT_FALSE(image.write(folder.at("no/a.tga")));
     image.width = 65536;
     EXPECT_FALSE(image.write(folder.at("b.tga")));
