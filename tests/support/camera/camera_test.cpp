@@ -1,4 +1,5 @@
 #include "support/camera/camera.h"
+#include "tests/support/slot.h"
 
 #include <cmath>
 #include <cstring>
@@ -27,17 +28,7 @@ static CAMERA orthographic(float view_height)
     return camera;
 }
 
-#if defined(__GNUG__)
-// Programs that were built against the class call by place in the table: where an operation stands must not change.
-template <class MEMBER>
-static int slot_of(MEMBER member)
-{
-    std::ptrdiff_t words[2];
-    static_assert(sizeof(member) == sizeof(words));
-    std::memcpy(words, &member, sizeof(words));
-    return int((words[0] - 1) / std::ptrdiff_t(sizeof(void *)));
-}
-
+#if defined(HAS_SLOT_OF)
 TEST(Camera, OperationsKeepTheirSlots)
 {
     EXPECT_EQ(slot_of(&CAMERA::eye), 2);

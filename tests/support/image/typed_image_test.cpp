@@ -1,5 +1,6 @@
 #include "support/image/typed_image.h"
 #include "tests/support/image/files.h"
+#include "tests/support/slot.h"
 
 #include <gtest/gtest.h>
 
@@ -131,3 +132,21 @@ TEST(TypedImage, FromTga)
     EXPECT_EQ(std::memcmp(again.accessor().data, image.accessor().data, 16), 0);
     EXPECT_EQ(TYPED_IMAGE<KN::FORMAT_A8R8G8B8>(folder.at("none.tga")).width(), 0u);
 }
+
+#if defined(HAS_SLOT_OF)
+TEST(TypedImage, OperationsKeepTheirSlots)
+{
+    using KN::Image;
+    using ACCESSOR = KN::PixelAccessorDescriptor;
+    int slot = 0;
+    for (int is : {slot_of(&Image::format), slot_of(&Image::width), slot_of(&Image::height), slot_of(&Image::set_pixel),
+                   slot_of(&Image::get_pixel), slot_of(&Image::resize),
+                   slot_of<ACCESSOR (Image::*)(unsigned, unsigned, unsigned, unsigned)>(&Image::accessor),
+                   slot_of<ACCESSOR (Image::*)()>(&Image::accessor),
+                   slot_of<ACCESSOR const (Image::*)(unsigned, unsigned, unsigned, unsigned) const>(&Image::accessor),
+                   slot_of<ACCESSOR const (Image::*)() const>(&Image::accessor),
+                   slot_of<bool (Image::*)(KN::String const &, KN::TGAFormat) const>(&Image::write_tga),
+                   slot_of<bool (Image::*)(KN::FileOut &, KN::TGAFormat) const>(&Image::write_tga)})
+        EXPECT_EQ(is, slot++);
+}
+#endif

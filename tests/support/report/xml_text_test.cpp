@@ -1,4 +1,5 @@
 #include "support/report/xml_text.h"
+#include "tests/support/slot.h"
 
 #include <gtest/gtest.h>
 
@@ -149,5 +150,15 @@ TEST(XmlText, AFileThatCannotBeOpenedIsAStateOfTheStream)
     writer.end_element();
     EXPECT_FALSE(writer.stream().close());
 }
+
+#if defined(HAS_SLOT_OF)
+TEST(XmlText, OperationsKeepTheirSlots)
+{
+    int slot = 0;
+    for (int is : {slot_of(&XML_WRITER::comment), slot_of(&XML_WRITER::text), slot_of(&XML_WRITER::attribute),
+                   slot_of(&XML_WRITER::end_element), slot_of(&XML_WRITER::begin_element)})
+        EXPECT_EQ(is, slot++);
+}
+#endif
 
 }  // namespace
