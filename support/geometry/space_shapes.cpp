@@ -20,19 +20,19 @@ bool segment_plane(SEGMENT3 const &segment, PLANE const &plane, END_FLAGS flags,
 // A line as start + t * direction, with the direction of length 1, and where it pierces the sphere.
 struct PIERCING {
     VECTOR3 direction;
-    float length;  // of the segment
+    float per_length;  // from t to the segment's parameter
     float first, second;
 };
 
 static bool pierce(SEGMENT3 const &segment, SPHERE const &sphere, END_FLAGS flags, PIERCING &result)
 {
     VECTOR3 const along = segment.end - segment.start, m = segment.start - sphere.centre;
-    result.length = length(along);
-    if (!(result.length > 0))
+    float const segment_length = length(along);
+    if (!(segment_length > 0))
         return false;
 
-    float const per_length = 1 / result.length;
-    result.direction = along * per_length;
+    result.per_length = 1 / segment_length;
+    result.direction = along * result.per_length;
     float const a = dot(result.direction, result.direction);
     float const b = 2 * dot(result.direction, m);
     float const c = dot(m, m) - sphere.radius * sphere.radius;
@@ -43,7 +43,8 @@ static bool pierce(SEGMENT3 const &segment, SPHERE const &sphere, END_FLAGS flag
     float const root = std::sqrt(discriminant), reciprocal = 1 / (2 * a);
     result.first = (-b - root) * reciprocal;
     result.second = (root - b) * reciprocal;
-    return within_ends(result.first * per_length, flags) || within_ends(result.second * per_length, flags);
+    return within_ends(result.first * result.per_length, flags) ||
+           within_ends(result.second * result.per_length, flags);
 }
 
 bool segment_sphere(SEGMENT3 const &segment, SPHERE const &sphere, END_FLAGS flags, float &t0, float &t1)
@@ -51,8 +52,8 @@ bool segment_sphere(SEGMENT3 const &segment, SPHERE const &sphere, END_FLAGS fla
     PIERCING hit;
     if (!pierce(segment, sphere, flags, hit))
         return false;
-    t0 = hit.first / hit.length;
-    t1 = hit.second / hit.length;
+    t0 = hit.first * hit.per_length;
+    t1 = hit.second * hit.per_length;
     return true;
 }
 

@@ -135,6 +135,9 @@ TEST(SpaceShapes, SegmentsAgainstPlaneAndSphere)
     EXPECT_TRUE(segment_sphere({{3, 0, 0}, {3, 0, 20}}, ball, closed_segment, t0, t1));
     EXPECT_FLOAT_EQ(t0, 0.3f);
     EXPECT_FLOAT_EQ(t1, 0.7f);
+    // The end lies on the sphere: what is told is what was accepted.
+    EXPECT_TRUE(segment_sphere({{-11, 12, -13}, {-18, -9, 6}}, {{0, 0, 0}, 21}, closed_segment, t0, t1));
+    EXPECT_TRUE(t1 <= 1) << t1;
     EXPECT_TRUE(segment_sphere({{3, 0, 20}, {3, 0, 12}}, ball, closed_segment, points));
     EXPECT_TRUE(points[0] == (VECTOR3{3, 0, 14}) && points[1] == (VECTOR3{3, 0, 6}));     // the second past the end
     EXPECT_FALSE(segment_sphere({{5, 0, 0}, {5, 0, 20}}, ball, infinite_line, points));   // touches
