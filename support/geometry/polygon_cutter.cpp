@@ -295,6 +295,8 @@ bool POLYGON_CUTTER::walk(CUT_NODE *start, CUT_SHAPE &shape) const
             shape.shape_id = vertex.shape_id;
             chain_has_id = true;
         }
+        if (link != nullptr && node == start)
+            return true;  // by way of a chain, where cuts cross
         node = node->ring_next;
         if (++steps > most_steps)
             return false;

@@ -111,7 +111,7 @@ TEST(PolygonCutter, EachResultHasItsCode)
         {"closed, inside", box, {{2, 2}, {8, 2}, {5, 8}}, true, CLOSED_INSIDE, 1},
         {"closed, outside", box, {{12, 2}, {18, 2}, {15, 8}}, true, CLOSED_OUTSIDE, 1},
         {"closed, around it", box, {{-5, -5}, {15, -5}, {15, 15}, {-5, 15}}, true, CLOSED_SWALLOWS, 1},
-        {"closed, only one edge is met", box, {{2, -1}, {8, -1}, {5, -9}}, true, CLOSED_OUTSIDE, 1},
+        {"closed, only one edge is met", box, {{-5, 5}, {15, 5}, {5, 30}}, true, CLOSED_CUT, 2},
         {"a line across", box, {{-5, 4}, {15, 5}}, false, OPEN_CUT, 2},
         {"open, in and out again", box, {{3, -1}, {3, 5}, {6, 5}, {6, -1}}, false, OPEN_CUT, 2},
         {"open, two bites from one edge",
@@ -207,6 +207,22 @@ TEST(PolygonCutter, PiecesCarryTheNumberOfTheirCut)
     for (VECTOR2 const &point : POINTS{{0, 0}, {0.05f, 0.09f}, {5, 0}, {5.09f, 0}, {5, 5}, {5, 0}, {-0.1f, 0.1f}})
         shape.add(point.x, point.y);
     EXPECT_EQ(shape.polyline.size(), 4u);  // only the last and the first point are asked
+}
+
+// Each walk ends where it comes upon its start, here at the end of the other cut's chain or of its own.
+TEST(PolygonCutter, PiecesOfCutsThatCrossGoRoundOnce)
+{
+    POLYGON_CUTTER cutter;
+    ASSERT_TRUE(cutter.set_outline(line_of(box)));
+    cutter.cut(line_of({{-5, 5}, {15, 5}}), false);
+    cutter.cut(line_of({{5, -5}, {5, 15}}), false);
+    ASSERT_TRUE(cutter.build_shapes());
+    ASSERT_EQ(cutter.output_shapes.size(), 4u);
+    POLYLINE const &first = cutter.output_shapes[0].polyline;
+    EXPECT_EQ(POINTS(first.begin(), first.end()),
+              (POINTS{{0, 5}, {10, 5}, {10, 0}, {5, 0}, {5, 10}, {10, 10}, {10, 5}}));
+    for (CUT_SHAPE const &shape : cutter.output_shapes)
+        EXPECT_EQ(shape.polyline.size(), 7u);
 }
 
 TEST(PolygonCutter, RandomClosedCutsPartTheOutline)
