@@ -69,6 +69,7 @@ public:
     // met when it was built are cut off.
     void update(WAVE_PARAMETERS const &waves, float time);
 
+    // The frames around `time`, in seconds, which goes round the loop and may be negative.
     FRAME_BLEND frame_blend(float time) const;
 
     float height_at(FRAME_BLEND const &blend, float x, float y) const;

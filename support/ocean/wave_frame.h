@@ -1,5 +1,5 @@
 // One instant of a wave field as it is kept: bytes between the least and the greatest value of all frames, and the
-// crests. A frame is plain data; a WAVE_FIELD says what its bytes stand for.
+// crests. A frame is plain data; the OCEAN_WAVE_FIELD says what its bytes stand for.
 #pragma once
 
 #include "foundation/dynamic_array.h"
