@@ -198,7 +198,7 @@ TEST_F(MoxTest, AKillLeavesNothingHalfWrittenAndTheNextBuildCompletes)
     auto const whole = std::chrono::steady_clock::now() - start;
     auto const expected = files("working_data");
 
-    constexpr int places = 20;
+    constexpr int places = 12;
     for (int place = 0; place < places; ++place) {
         SCOPED_TRACE(place);
         QDir(tree()).removeRecursively();
