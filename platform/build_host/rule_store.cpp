@@ -234,8 +234,8 @@ RULE_DATA const *RULE_STORE::CONTENTS::work_out(KIND_RULES &of_kind, LOGICAL_PAT
     for (RULE_ENTRY const *const rule : of_kind.chain)
         if (covers(*rule, path))
             covering.push_back(rule);
-    return of_kind.outcomes.emplace_back(matching, covering.empty() ? nullptr : combine(of_kind.kind, covering))
-        .data.get();
+    of_kind.outcomes.push_back({matching, covering.empty() ? nullptr : combine(of_kind.kind, covering)});
+    return of_kind.outcomes.back().data.get();
 }
 
 RULE RULE_STORE::get(LOGICAL_PATH const &path, QString const &kind)

@@ -176,7 +176,7 @@ bool MODEL_READER::read_mesh(JSON const &mesh, MODEL_HEAD::MESH_USE &use)
             return false;
     }
     std::ranges::sort(use.materials);
-    use.materials.erase(std::ranges::unique(use.materials).begin(), use.materials.end());
+    use.materials.erase(std::unique(use.materials.begin(), use.materials.end()), use.materials.end());
     return true;
 }
 
