@@ -89,7 +89,7 @@ struct MODEL_PROCESSOR::STATE {
     void place_levels();
     MODEL_LEVEL_STATISTICS statistics_of(std::size_t level);
     void add_extras(std::vector<MODEL_LEVEL_STATISTICS> const &statistics);
-    void add_textures(KN::String const &target, bool is_tree);
+    void add_textures(KN::String const &model_path, bool is_tree);
     void add_place(KN::String const &folder);
     std::vector<GLTF::GEOMETRY> finest_geometry();
 };
@@ -254,15 +254,15 @@ void MODEL_PROCESSOR::STATE::add_extras(std::vector<MODEL_LEVEL_STATISTICS> cons
         document.extras.emplace_back("skeleton", skeleton_name);
 }
 
-void MODEL_PROCESSOR::STATE::add_textures(KN::String const &target, bool is_tree)
+void MODEL_PROCESSOR::STATE::add_textures(KN::String const &model_path, bool is_tree)
 {
     PHYSICAL_PATH const physical(QString::fromUtf8(source.c_str()));
     KN::String const raw(PATHS::raw_data().toStdString());
     KN::String const working(PATHS::target_working_data(physical).toStdString());
-    KN::String const folder = texture_folder.empty() ? folder_of(target) : working + "/" + texture_folder;
+    KN::String const folder = texture_folder.empty() ? folder_of(model_path) : working + "/" + texture_folder;
     TEXTURE_FILES files(folder_of(source), raw, folder);
     for (MODEL_MATERIAL const &material : materials) {
-        document.materials.push_back(with_textures(material, files, target));
+        document.materials.push_back(with_textures(material, files, model_path));
         if (is_tree)
             files.publish_seasons(material.diffuse);
     }

@@ -1,9 +1,10 @@
 // A point lies in a cell of the lattice between two planes of constant x. The four corners of the cell on one plane are
 // worked on at once, in four lanes: (y, z), (y + 1, z), (y, z + 1), (y + 1, z + 1). A row of points along x meets each
-// plane once, and blends four points at a time.
+// plane once, and blends four or eight points at a time.
 
 #include "support/numeric/gradient_noise.h"
 
+#include "support/maths/lanes.h"
 #include "support/numeric/random_state.h"
 
 #include <algorithm>
@@ -20,31 +21,55 @@ VECTOR4 const GRADIENT_NOISE::gradients[16] = {
 
 namespace {
 
-// A coordinate in each lane: the whole number below it, and how far it is from that one and from the next.
-struct PLACE {
-    __m128i whole;
-    __m128 offset, offset_from_next;
-};
-
-PLACE place_of(__m128 scaled)
+// a > b ? a : b and a < b ? a : b, of which compilers do not make the one instruction that it is.
+template <class F>
+KERNEL void greater(F &result, F const &a, F const &b)
 {
-    __m128 const one = _mm_set1_ps(1);
-    __m128 const least = _mm_set1_ps(-2147483648.0f);
-    __m128 const most = _mm_set1_ps(2147483520.0f);
-    __m128 const p = _mm_min_ps(_mm_max_ps(scaled, least), most);  // least for what is no number
-    __m128i const truncated = _mm_cvttps_epi32(p);
-    __m128 const above = _mm_cmpgt_ps(_mm_cvtepi32_ps(truncated), p);  // a negative number, all ones
-    __m128 const whole = _mm_sub_ps(_mm_cvtepi32_ps(truncated), _mm_and_ps(above, one));
-    return {_mm_add_epi32(truncated, _mm_castps_si128(above)), _mm_sub_ps(p, whole),
-            _mm_sub_ps(p, _mm_add_ps(whole, one))};
+    result = a > b ? a : b;
+}
+template <class F>
+KERNEL void lesser(F &result, F const &a, F const &b)
+{
+    result = a < b ? a : b;
+}
+template <>
+KERNEL void greater(FOUR_FLOATS &result, FOUR_FLOATS const &a, FOUR_FLOATS const &b)
+{
+    result = _mm_max_ps(a, b);
+}
+template <>
+KERNEL void lesser(FOUR_FLOATS &result, FOUR_FLOATS const &a, FOUR_FLOATS const &b)
+{
+    result = _mm_min_ps(a, b);
 }
 
-__m128 fade(__m128 t)
+// A coordinate in each lane: the whole number below it, and how far it is from that one and from the next.
+template <class F>
+struct PLACE {
+    decltype(F{} < F{}) whole;
+    F offset, offset_from_next;
+};
+
+template <class F>
+KERNEL void find_place(PLACE<F> &place, F const &scaled)
 {
-    __m128 const inner = _mm_sub_ps(_mm_mul_ps(_mm_set1_ps(6), t), _mm_set1_ps(15));
-    __m128 const outer = _mm_add_ps(_mm_mul_ps(inner, t), _mm_set1_ps(10));
-    __m128 const cube = _mm_mul_ps(_mm_mul_ps(t, t), t);
-    return _mm_min_ps(_mm_mul_ps(outer, cube), _mm_set1_ps(1));  // never below 0
+    F const one = F{} + 1, least = F{} - 2147483648.0f, most = F{} + 2147483520.0f;
+    F p;
+    greater(p, scaled, least);  // least for what is no number
+    lesser(p, p, most);
+    auto const truncated = __builtin_convertvector(p, decltype(F{} < F{}));
+    F const floored = __builtin_convertvector(truncated, F);
+    auto const above = floored > p;  // a negative number, all ones
+    F const whole = floored - (above ? one : F{});
+    place.whole = truncated + above;
+    place.offset = p - whole;
+    place.offset_from_next = p - (whole + one);
+}
+
+template <class F>
+KERNEL void fade(F &weight, F const &t)
+{
+    lesser(weight, ((6 * t - 15) * t + 10) * (t * t * t), F{} + 1);  // never below 0
 }
 
 __m128 fade_derivative(__m128 t)
@@ -105,7 +130,7 @@ struct GRADIENT_NOISE::ROW_OF_CELLS {
     __m128 dy, dz;
 
     // `place` has x, y, z in its first three lanes.
-    ROW_OF_CELLS(LINES const &lines, PLACE const &place)
+    ROW_OF_CELLS(LINES const &lines, PLACE<FOUR_FLOATS> const &place)
         : y{word<1>(lines.before), word<1>(lines.after)}, z{word<2>(lines.before), word<2>(lines.after)}
     {
         __m128 const both_y = _mm_shuffle_ps(place.offset, place.offset_from_next, _MM_SHUFFLE(1, 1, 1, 1));
@@ -166,9 +191,11 @@ GRADIENT_NOISE::GRADIENT_NOISE(VECTOR3 const &given_scale, std::uint32_t period_
 
 float GRADIENT_NOISE::noise(float x, float y, float z) const
 {
-    PLACE const place = place_of(_mm_mul_ps(_mm_setr_ps(x, y, z, z), _mm_load_ps(scale_lanes)));
-    __m128 const weight = fade(place.offset);
-    LINES const lines(*this, place.whole);
+    PLACE<FOUR_FLOATS> place;
+    find_place(place, FOUR_FLOATS{x, y, z, z} * _mm_load_ps(scale_lanes));
+    FOUR_FLOATS weight;
+    fade(weight, place.offset);
+    LINES const lines(*this, __m128i(place.whole));
     ROW_OF_CELLS const row(lines, place);
     CORNERS const a(*this, row, word<0>(lines.before)), b(*this, row, word<0>(lines.after));
 
@@ -182,9 +209,12 @@ float GRADIENT_NOISE::noise(float x, float y, float z) const
 
 float GRADIENT_NOISE::noise_with_derivative(VECTOR3 &derivative, float x, float y, float z) const
 {
-    PLACE const place = place_of(_mm_mul_ps(_mm_setr_ps(x, y, z, z), _mm_load_ps(scale_lanes)));
-    __m128 const weight = fade(place.offset), slope = fade_derivative(place.offset);
-    LINES const lines(*this, place.whole);
+    PLACE<FOUR_FLOATS> place;
+    find_place(place, FOUR_FLOATS{x, y, z, z} * _mm_load_ps(scale_lanes));
+    FOUR_FLOATS weight;
+    fade(weight, place.offset);
+    __m128 const slope = fade_derivative(place.offset);
+    LINES const lines(*this, __m128i(place.whole));
     ROW_OF_CELLS const row(lines, place);
     CORNERS const a(*this, row, word<0>(lines.before)), b(*this, row, word<0>(lines.after));
 
@@ -215,15 +245,67 @@ float GRADIENT_NOISE::noise_with_derivative(VECTOR3 &derivative, float x, float 
     return lanes[0];
 }
 
-// Inlined into functions for different instruction sets, which all give the same bits.
-__attribute__((always_inline)) inline void GRADIENT_NOISE::fill_row(std::span<float const> xs, float y, float z,
-                                                                    std::span<float> values) const
+namespace {
+
+// Points of a row: the cell of each, how far along it each lies, and the weight of its far side.
+template <class F>
+struct POINTS {
+    std::uint32_t cells[lanes_of<F>];
+    float offsets[lanes_of<F>], offsets_from_next[lanes_of<F>], weights[lanes_of<F>];
+};
+
+template <class F>
+KERNEL void find_points(POINTS<F> &points, float const *xs, float scale)
 {
-    PLACE const at_row = place_of(_mm_mul_ps(_mm_setr_ps(0, y, z, 0), _mm_load_ps(scale_lanes)));
-    __m128 const weight = fade(at_row.offset);
-    __m128 const weight_y = all<1>(weight), weight_z = all<2>(weight);
-    ROW_OF_CELLS const row(LINES(*this, at_row.whole), at_row);
-    __m128 const scale_x = _mm_set1_ps(scale.x);
+    F x, weight;
+    load_lanes(x, xs);
+    PLACE<F> place;
+    find_place(place, x * scale);
+    fade(weight, place.offset);
+    std::memcpy(points.cells, &place.whole, sizeof(points.cells));
+    store_lanes(place.offset, points.offsets);
+    store_lanes(place.offset_from_next, points.offsets_from_next);
+    store_lanes(weight, points.weights);
+}
+
+// From the four edges of each point to one edge of all points.
+KERNEL void gather_edges(FOUR_FLOATS (&edges)[4], __m128 const (&of_points)[4])
+{
+    __m128 a = of_points[0], b = of_points[1], c = of_points[2], d = of_points[3];
+    _MM_TRANSPOSE4_PS(a, b, c, d);
+    edges[0] = a;
+    edges[1] = b;
+    edges[2] = c;
+    edges[3] = d;
+}
+KERNEL void gather_edges(EIGHT_FLOATS (&edges)[4], __m128 const (&of_points)[8])
+{
+    EIGHT_FLOATS pairs[4];
+    for (int n = 0; n < 4; ++n)
+        pairs[n] =
+            __builtin_shufflevector(FOUR_FLOATS(of_points[n]), FOUR_FLOATS(of_points[n + 4]), 0, 1, 2, 3, 4, 5, 6, 7);
+    EIGHT_FLOATS const a = __builtin_shufflevector(pairs[0], pairs[1], 0, 8, 1, 9, 4, 12, 5, 13);
+    EIGHT_FLOATS const b = __builtin_shufflevector(pairs[0], pairs[1], 2, 10, 3, 11, 6, 14, 7, 15);
+    EIGHT_FLOATS const c = __builtin_shufflevector(pairs[2], pairs[3], 0, 8, 1, 9, 4, 12, 5, 13);
+    EIGHT_FLOATS const d = __builtin_shufflevector(pairs[2], pairs[3], 2, 10, 3, 11, 6, 14, 7, 15);
+    edges[0] = __builtin_shufflevector(a, c, 0, 1, 8, 9, 4, 5, 12, 13);
+    edges[1] = __builtin_shufflevector(a, c, 2, 3, 10, 11, 6, 7, 14, 15);
+    edges[2] = __builtin_shufflevector(b, d, 0, 1, 8, 9, 4, 5, 12, 13);
+    edges[3] = __builtin_shufflevector(b, d, 2, 3, 10, 11, 6, 7, 14, 15);
+}
+
+}  // namespace
+
+template <class F>
+KERNEL void GRADIENT_NOISE::fill_row(std::span<float const> xs, float y, float z, std::span<float> values) const
+{
+    constexpr std::size_t lanes = lanes_of<F>;
+    PLACE<FOUR_FLOATS> at_row;
+    find_place(at_row, FOUR_FLOATS{0, y, z, 0} * _mm_load_ps(scale_lanes));
+    FOUR_FLOATS weight;
+    fade(weight, at_row.offset);
+    float const weight_y = weight[1], weight_z = weight[2];
+    ROW_OF_CELLS const row(LINES(*this, __m128i(at_row.whole)), at_row);
     auto const plane = [&](std::uint32_t x) __attribute__((always_inline))
     {
         std::uint32_t const line = wraps_by_mask ? x & wrap_mask[0] : x % period[0] & 255;
@@ -233,56 +315,51 @@ __attribute__((always_inline)) inline void GRADIENT_NOISE::fill_row(std::span<fl
     std::uint32_t cell = 0;
     PLANE a = plane(cell), b = plane(cell + 1);
     std::size_t const count = std::min(xs.size(), values.size());
-    for (std::size_t first = 0; first < count; first += 4) {
+    for (std::size_t first = 0; first < count; first += lanes) {
         std::size_t const left = count - first;
-        alignas(16) float rest[4] = {};
-        if (left < 4)
+        float rest[lanes] = {};
+        if (left < lanes)
             std::copy(xs.begin() + first, xs.begin() + count, rest);
-        PLACE const place = place_of(_mm_mul_ps(_mm_loadu_ps(left < 4 ? rest : &xs[first]), scale_x));
-        alignas(16) std::uint32_t cells[4];
-        alignas(16) float offsets[4], offsets_from_next[4], weights[4];
-        _mm_store_si128(reinterpret_cast<__m128i *>(cells), place.whole);
-        _mm_store_ps(offsets, place.offset);
-        _mm_store_ps(offsets_from_next, place.offset_from_next);
-        _mm_store_ps(weights, fade(place.offset));
+        POINTS<F> points;
+        find_points(points, left < lanes ? rest : &xs[first], scale.x);
 
-        __m128 edges[4];
-        for (int n = 0; n < 4; ++n) {
-            if (cells[n] != cell) {
-                a = cells[n] == cell + 1 ? b : plane(cells[n]);
-                b = plane(cells[n] + 1);
-                cell = cells[n];
+        __m128 edges_of_points[lanes];
+        for (std::size_t n = 0; n < lanes; ++n) {
+            if (points.cells[n] != cell) {
+                a = points.cells[n] == cell + 1 ? b : plane(points.cells[n]);
+                b = plane(points.cells[n] + 1);
+                cell = points.cells[n];
             }
-            edges[n] =
-                blend(a.at(_mm_set1_ps(offsets[n])), b.at(_mm_set1_ps(offsets_from_next[n])), _mm_set1_ps(weights[n]));
+            edges_of_points[n] = blend(a.at(_mm_set1_ps(points.offsets[n])),
+                                       b.at(_mm_set1_ps(points.offsets_from_next[n])), _mm_set1_ps(points.weights[n]));
         }
 
-        _MM_TRANSPOSE4_PS(edges[0], edges[1], edges[2], edges[3]);  // one edge of all four points in each
-        __m128 const face0 = blend(edges[0], edges[1], weight_y);
-        __m128 const face1 = blend(edges[2], edges[3], weight_y);
-        __m128 const result = blend(face0, face1, weight_z);
-        if (left < 4) {
-            _mm_store_ps(rest, result);
+        F edges[4];
+        gather_edges(edges, edges_of_points);
+        F const face0 = edges[0] + (edges[1] - edges[0]) * weight_y;
+        F const face1 = edges[2] + (edges[3] - edges[2]) * weight_y;
+        F const result = face0 + (face1 - face0) * weight_z;
+        if (left < lanes) {
+            store_lanes(result, rest);
             std::copy(rest, rest + left, values.begin() + first);
         } else {
-            _mm_storeu_ps(&values[first], result);
+            store_lanes(result, &values[first]);
         }
     }
 }
 
-__attribute__((target("avx"))) void GRADIENT_NOISE::fill_row_avx(std::span<float const> xs, float y, float z,
-                                                                 std::span<float> values) const
+WITH_EIGHT_LANES void GRADIENT_NOISE::fill_row_by_eight(std::span<float const> xs, float y, float z,
+                                                        std::span<float> values) const
 {
-    fill_row(xs, y, z, values);
+    fill_row<EIGHT_FLOATS>(xs, y, z, values);
 }
 
 void GRADIENT_NOISE::noise_row(std::span<float const> xs, float y, float z, std::span<float> values) const
 {
-    static bool const avx = __builtin_cpu_supports("avx");
-    if (avx)
-        fill_row_avx(xs, y, z, values);
+    if (eight_lanes())
+        fill_row_by_eight(xs, y, z, values);
     else
-        fill_row(xs, y, z, values);
+        fill_row<FOUR_FLOATS>(xs, y, z, values);
 }
 
 float GRADIENT_NOISE::fractal_noise(VECTOR3 const &point, unsigned octaves, float frequency, float amplitude,

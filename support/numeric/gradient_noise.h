@@ -59,8 +59,9 @@ private:
     struct CORNERS;
     struct PLANE;
 
+    template <class F>
     void fill_row(std::span<float const> xs, float y, float z, std::span<float> values) const;
-    void fill_row_avx(std::span<float const> xs, float y, float z, std::span<float> values) const;
+    void fill_row_by_eight(std::span<float const> xs, float y, float z, std::span<float> values) const;
 
     std::uint32_t permutation[256];               // 0 to 255 each; some come up twice, others never
     alignas(16) VECTOR4 shuffled_gradients[256];  // gradients[permutation[i] & 15], in a single load

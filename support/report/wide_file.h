@@ -32,7 +32,7 @@ public:
             return;
         }
         char *to = buffer.data + used;
-        bool const all_narrow = (narrow(texts, to) & ...);
+        bool const all_narrow = (narrow(texts, to) && ...);
         if (all_narrow)
             used += size;
         else  // what stands behind `used` does not matter

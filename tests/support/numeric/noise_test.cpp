@@ -90,7 +90,9 @@ TEST(GradientNoise, PointsAndRowsAreThePlainComputationBitForBit)
                     xs.push_back(random_in(random, 0.1f) + step * float(i - 100));
                 float const y = random_in(random, 50), z = random_in(random, 50);
                 std::vector<float> values = xs;
+                allow_eight_lanes(row % 2 == 0);
                 c.noise.noise_row(values, y, z, values);
+                allow_eight_lanes(true);
                 for (std::size_t i = 0; i < xs.size(); ++i) {
                     float const expected = plain(xs[i], y, z);
                     ASSERT_EQ(values[i], expected) << c.name << ", step " << step << ", point " << i;
