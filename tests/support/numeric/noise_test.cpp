@@ -1,3 +1,4 @@
+#include "support/maths/lanes.h"
 #include "support/numeric/gradient_noise.h"
 #include "support/numeric/hash_noise.h"
 #include "support/numeric/random_state.h"
