@@ -1,5 +1,7 @@
 #include "platform/build_host/toml_node.h"
 
+#include "foundation/string.h"
+
 #include <toml++/toml.h>
 
 #include <algorithm>
@@ -113,7 +115,8 @@ bool read_toml(QByteArray const &text, QString const &shown, TOML_NODE &root, QS
         return true;
     } catch (toml::parse_error const &error) {
         fault = QStringLiteral("%1:%2: %3")
-                    .arg(shown, QString::number(error.source().begin.line), from_utf8(error.description()));
+                    .arg(shown, QString::number(error.source().begin.line),
+                         ::from_utf8(KN::printable(error.description())));
         return false;
     }
 }

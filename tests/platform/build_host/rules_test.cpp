@@ -154,11 +154,15 @@ TEST(Rules, FaultsNamePlaceAndWayOut)
     percent.add_folder_rules("%2%3", "Model = 3");
     EXPECT_EQ(percent.faults,
               QStringList("%2%3/rules.toml:1: 'Model' is no rule; a rule is written [KIND] or [[KIND]]"));
-    // What is no TOML is told with its line, in the parser's words.
-    ASSET_TREE tree;
-    tree.add_folder_rules("f", "[Model]\nTree = \n");
-    ASSERT_EQ(tree.faults.size(), 1);
-    EXPECT_TRUE(tree.faults[0].startsWith("f/rules.toml:2: ")) << tree.faults[0].toStdString();
+    // What is no TOML is told with its line, in the parser's words, which may name a control character.
+    for (char const *text : {"[Model]\nTree = \n", "[Model]\nTree = t\n", "[Model]\nTree = \"\x1b[31m\"\n"}) {
+        ASSET_TREE tree;
+        tree.add_folder_rules("f", text);
+        ASSERT_EQ(tree.faults.size(), 1);
+        EXPECT_TRUE(tree.faults[0].startsWith("f/rules.toml:2: ")) << tree.faults[0].toStdString();
+        EXPECT_TRUE(std::none_of(tree.faults[0].begin(), tree.faults[0].end(), [](QChar c) { return c < ' '; }))
+            << text;
+    }
 }
 
 // A plug-in that leaves takes its kinds along; what planners read without a schema stays allowed.
