@@ -132,6 +132,11 @@ void ACTION_TREE::render_slot(PHYSICAL_PATH const &from, int slot)
     }
     VIEW_SIZE const size = set_up_view();
     if (engine.view()) {
+        if (slot == WHOLE_YEAR && !size.is_sound && model != KESTREL::ENGINE::INVALID_MODEL)  // said once
+            output_line(QStringLiteral("%1: the tree has no width or no height above the ground, or the density of "
+                                       "billboards is not above 0; its billboard is empty")
+                            .arg(source()),
+                        1);
         engine.view()->set_camera(&camera);
         place_instances(size);
         engine.begin_frame();
@@ -171,14 +176,8 @@ ACTION_TREE::VIEW_SIZE ACTION_TREE::set_up_view()
     VIEW_SIZE const size = view_size();
     if (engine.view())
         engine.view()->set_viewport(0, 0, views * size.tile_width, size.tile_height);
-    if (!size.is_sound) {
-        if (engine.view() && model != KESTREL::ENGINE::INVALID_MODEL)
-            output_line(QStringLiteral("%1: the tree has no width or no height above the ground, or the density of "
-                                       "billboards is not above 0; its billboard is empty")
-                            .arg(source()),
-                        1);
+    if (!size.is_sound)
         return size;
-    }
     camera.set_aspect(size.width * views / size.height);
     camera.set_view_height(size.height);
     camera.set_eye({0, size.height / 2, size.width});

@@ -37,6 +37,13 @@ public:
         KN::set_thread_message_sink(&silence);
         QString const root = QString::fromStdString(scratch.folder.string());
         set_current_roots({root, root, root, root});
+        // What the seeds name: two pixels of 32 bits.
+        std::string const picture("\0\0\2\0\0\0\0\0\0\0\0\0\2\0\1\0\x20\x08"
+                                  "abc\xff"
+                                  "def\x90",
+                                  26);
+        for (char const *name : {"diffuse", "normal"})
+            scratch.put("trees/tex/leaf_" + std::string(name) + ".tga", picture);
         engine.reset(KESTREL::make_engine(true, true, true));
         camera.set_orthographic(true);
         camera.set_view_height(4);

@@ -79,11 +79,12 @@ void put_models(std::string const &root)
         int const accessor =
             document.buffer.add(GLTF::COMPONENT::F32, components, 3, GLTF::USE::VERTICES, components == 3);
         for (int i = 0; i < 3; ++i)
-            document.buffer.at<float>(accessor)[i * components + i % 2] = 1;
+            document.buffer.at<float>(accessor)[i * components + i % components] = 1;
         primitive.attributes.emplace_back(name, accessor);
     }
-    primitive.attributes.emplace_back("COLOR_0",
-                                      document.buffer.add(GLTF::COMPONENT::U8, 4, 3, GLTF::USE::VERTICES, false, true));
+    int const colours = document.buffer.add(GLTF::COMPONENT::U8, 4, 3, GLTF::USE::VERTICES, false, true);
+    std::fill_n(document.buffer.at<std::uint8_t>(colours), 12, std::uint8_t(200));
+    primitive.attributes.emplace_back("COLOR_0", colours);
     primitive.indices = document.buffer.add(GLTF::COMPONENT::U16, 1, 3, GLTF::USE::INDICES);
     for (std::uint16_t i = 0; i < 3; ++i)
         document.buffer.at<std::uint16_t>(primitive.indices)[i] = i;

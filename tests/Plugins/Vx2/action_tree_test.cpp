@@ -209,12 +209,15 @@ TEST_F(TREES, SeasonsShowTheirOwnTexturesWhereThereAreAny)
 TEST_F(TREES, NothingToLookAtMakesAnEmptyStripOfTheLeastSize)
 {
     box[4] = -1;  // all of it is below the ground
-    auto const action = tree();
-    EXPECT_EQ(run(*action), ACTION_INTERFACE::DONE);
-    ASSERT_EQ(action->lines().size(), 1);
-    EXPECT_EQ(action->lines()[0].level, 1);
+    ASSET_TREE files("", {"trees/oak_autumn_diffuse.tga"});
+    ACTION_TREE action(PHYSICAL_PATH("/tree/raw_data/trees/oak.rigid_model_v2"), nullptr, &init, files.files.table);
+    action.set_target_path(root + "/working_data/models");
+    EXPECT_EQ(run(action), ACTION_INTERFACE::DONE);
+    ASSERT_EQ(action.lines().size(), 1) << "not one a season";
+    EXPECT_EQ(action.lines()[0].level, 1);
     EXPECT_EQ(calls.filter("instance"), QStringList());
-    EXPECT_EQ(calls.filter("save 1"), QStringList("save 1 oak_billboard_diffuse.tga 256x16"));
+    EXPECT_EQ(calls.filter("save 1"), (QStringList{"save 1 oak_billboard_autumn_diffuse.tga 256x16",
+                                                   "save 1 oak_billboard_diffuse.tga 256x16"}));
 }
 
 TEST_F(TREES, WithoutAViewOnlyTheModelIsCopied)
