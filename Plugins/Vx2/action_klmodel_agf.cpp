@@ -1,6 +1,5 @@
 #include "Plugins/Vx2/action_klmodel_agf.h"
 
-#include "Plugins/Vx2/host/asset_fragment_builder.h"
 #include "Plugins/Vx2/xml_asset.h"
 
 ACTION_KLMODEL_AGF::ACTION_KLMODEL_AGF(PHYSICAL_PATH const &physical, PROCESSOR_INTERFACE *processor)
@@ -20,27 +19,18 @@ void ACTION_KLMODEL_AGF::get_affected_files(QVector<LOGICAL_PATH> &sources, QVec
 
 ACTION_INTERFACE::STATUS ACTION_KLMODEL_AGF::run(FILE_TABLE const &files, RULE_CACHE const &rules)
 {
-    QTSHARED::ASSET_FRAGMENT_BUILDER builder(agf_path);
-    QString const asset = logical.section('/', 1);
-    QString const id = asset.section('.', 0, -2);
-    builder.add_fragment(id, asset, QString());
-    auto const needs = [&](QString const &fragment) {
-        if (!fragment.isEmpty())
-            builder.add_dependency(id, fragment, QStringLiteral("all"), QString());
-    };
-
-    XML_ASSET xml;
-    if (!xml.read(*this, logical, files))
-        return FAILED;
-    for (QDomElement const &model : children(xml.top(), {"model"})) {
-        for (QDomElement const &geometry : children(model, {"geometry"}))
-            needs(asset_fragment_id(LOGICAL_PATH("<working>/" + path_in(geometry)), rules));
-        // Without a look-up: a material file of that path has this id, there or not.
-        for (QDomElement const &material : children(model, {"materials", "material"})) {
-            QString const path = path_in(material);
-            if (!path.contains(':'))
-                needs(path.section('.', 0, -3));
+    return make_xml_fragment(*this, logical, agf_path, -2, files, rules, [&](QDomNode const &top) {
+        QStringList needed;
+        for (QDomElement const &model : children(top, {"model"})) {
+            for (QDomElement const &geometry : children(model, {"geometry"}))
+                needed += asset_fragment_id(LOGICAL_PATH("<working>/" + path_in(geometry)), rules);
+            // Without a look-up: a material file of that path has this id, there or not.
+            for (QDomElement const &material : children(model, {"materials", "material"})) {
+                QString const path = path_in(material);
+                if (!path.contains(':'))
+                    needed += path.section('.', 0, -3);
+            }
         }
-    }
-    return add_to_asset_graph_and_save(builder, files, rules) ? DONE : FAILED;
+        return needed;
+    });
 }

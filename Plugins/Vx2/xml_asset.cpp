@@ -1,5 +1,7 @@
 #include "Plugins/Vx2/xml_asset.h"
 
+#include "Plugins/Vx2/host/asset_fragment_builder.h"
+
 #include <QtCore/QFile>
 #include <QtCore/QXmlStreamReader>
 
@@ -49,6 +51,28 @@ bool parse_several(QByteArray bytes, QDomDocument &document)
     return elements > 1;
 }
 
+// Gives what the elements at the top are children of; null, with an error line of `action`, for a faulty file.
+QDomNode read_top(ACTION_INTERFACE &action, LOGICAL_PATH const &logical, FILE_TABLE const &files,
+                  QDomDocument &document)
+{
+    FILE_ENTRY const *const entry = files.value(logical);
+    QFile file(entry ? QString(entry->physical) : QString());
+    if (!entry || !file.open(QIODevice::ReadOnly)) {
+        action.output_line(QStringLiteral("Could not open file."), 2);
+        return {};
+    }
+    QByteArray const bytes = file.read(largest_file + 1);
+    QString message = QStringLiteral("larger than 16 MiB");
+    int line = 1;
+    bool const is_small = bytes.size() <= largest_file;
+    if (is_small && parse(bytes, document, message, line))
+        return document;
+    if (is_small && parse_several(bytes, document))
+        return document.documentElement();
+    action.output_line("Could not parse file: \n" + message + " (line " + QString::number(line) + ")", 2);
+    return {};
+}
+
 void append_elements(QDomNode const &from, std::span<char const *const> names, std::vector<QDomElement> &found)
 {
     QString const name = QLatin1String(names[0]);
@@ -75,29 +99,6 @@ void append_fragment_files(LOGICAL_PATH const &source, PHYSICAL_PATH const &agf,
     targets.append(TARGET_FILE(agf, PATHS::logical_path(agf), false));
 }
 
-bool XML_ASSET::read(ACTION_INTERFACE &action, LOGICAL_PATH const &logical, FILE_TABLE const &files)
-{
-    FILE_ENTRY const *const entry = files.value(logical);
-    QFile file(entry ? QString(entry->physical) : QString());
-    if (!entry || !file.open(QIODevice::ReadOnly)) {
-        action.output_line(QStringLiteral("Could not open file."), 2);
-        return false;
-    }
-    QByteArray const bytes = file.read(largest_file + 1);
-    QString message = QStringLiteral("larger than 16 MiB");
-    int line = 1;
-    bool const is_small = bytes.size() <= largest_file;
-    if (is_small && parse(bytes, document, message, line)) {
-        above_top = document;
-    } else if (is_small && parse_several(bytes, document)) {
-        above_top = document.documentElement();
-    } else {
-        action.output_line("Could not parse file: \n" + message + " (line " + QString::number(line) + ")", 2);
-        return false;
-    }
-    return true;
-}
-
 std::vector<QDomElement> children(QDomNode const &from, std::initializer_list<char const *> names)
 {
     std::vector<QDomElement> found;
@@ -106,3 +107,24 @@ std::vector<QDomElement> children(QDomNode const &from, std::initializer_list<ch
 }
 
 QString path_in(QDomElement const &element) { return element.text().toLower().replace('\\', '/'); }
+
+ACTION_INTERFACE::STATUS make_xml_fragment(ACTION_INTERFACE &action, LOGICAL_PATH const &logical,
+                                           PHYSICAL_PATH const &agf, int last_section, FILE_TABLE const &files,
+                                           RULE_CACHE const &rules,
+                                           std::function<QStringList(QDomNode const &)> const &needed_by)
+{
+    QTSHARED::ASSET_FRAGMENT_BUILDER builder(agf);
+    QString const asset = logical.section('/', 1);
+    QString const id = asset.section('.', 0, last_section);
+    builder.add_fragment(id, asset, QString());
+
+    QDomDocument document;
+    QDomNode const top = read_top(action, logical, files, document);
+    if (top.isNull())
+        return ACTION_INTERFACE::FAILED;
+    for (QString const &needed : needed_by(top))
+        if (!needed.isEmpty())
+            builder.add_dependency(id, needed, QStringLiteral("all"), QString());
+    return action.add_to_asset_graph_and_save(builder, files, rules) ? ACTION_INTERFACE::DONE
+                                                                     : ACTION_INTERFACE::FAILED;
+}
