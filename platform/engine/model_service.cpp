@@ -7,12 +7,20 @@
 
 namespace KESTREL {
 
+namespace {
+
+// Between the one byte a character that callers have and the UTF-8 of disks and models.
+KN::String from_caller(KN::String const &text) { return KN::to_utf8(KN::must_fix_string_widen(text)); }
+KN::String for_caller(KN::String const &text) { return KN::must_fix_string_narrow(KN::from_utf8(text)); }
+
+}  // namespace
+
 MODEL_SERVICE::MODEL_SERVICE(KN::String root) : data_root(std::move(root)), cache(data_root) {}
 
 unsigned MODEL_SERVICE::open(unsigned flags, KN::String const &name, void *, bool)
 {
     auto model = std::make_unique<OPENED>();
-    model->path = flags == HEADER_ONLY ? name : path_of(name, data_root);
+    model->path = flags == HEADER_ONLY ? name : path_of(from_caller(name), data_root);
     KN::String const short_name = name_of(model->path, data_root);
     if (flags != HEADER_ONLY || !cache.find(model->path, short_name, model->head)) {
         KN::String error;
@@ -46,7 +54,7 @@ unsigned MODEL_SERVICE::level_count(unsigned handle)
 KN::String MODEL_SERVICE::skeleton_name(unsigned handle)
 {
     OPENED const *const model = opened(handle);
-    return model ? KN::String(model->head.skeleton) : KN::String();
+    return model ? for_caller(model->head.skeleton) : KN::String();
 }
 
 // One record a mesh: its textures.
@@ -62,7 +70,7 @@ KN_STD::VECTOR<LEVEL_ASSET> MODEL_SERVICE::level_assets(unsigned handle, unsigne
             GLTF::MATERIAL const &made_of = model->head.materials[std::size_t(material)];
             for (GLTF::TEXTURE const &texture : {made_of.diffuse, made_of.normal})
                 if (!texture.uri.empty())
-                    asset.paths.push_back(name_from(model->path, model->head, texture.uri, data_root));
+                    asset.paths.push_back(for_caller(name_from(model->path, model->head, texture.uri, data_root)));
         }
     }
     return assets;

@@ -22,7 +22,7 @@ namespace KESTREL {
 ENGINE_API KN::String get_season_shortname(int index);
 
 // One record of a level of detail: what it is drawn with. Paths below the working root, or as the model gives them
-// where they lead elsewhere.
+// where they lead elsewhere; one byte a character.
 struct LEVEL_ASSET {
     KN_STD::VECTOR<KN::String> paths;
 };
@@ -32,7 +32,7 @@ class RIGID_MODEL_SERVICE {
 public:
     enum OPEN_FLAGS : unsigned {
         HEADER_ONLY = 2,   // `name` is a path on disk
-        WITH_ASSETS = 33,  // `name` is a path below the working root
+        WITH_ASSETS = 33,  // `name` is a path below the working root, one byte a character
     };
     static constexpr unsigned INVALID = ~0u;
 
@@ -41,7 +41,7 @@ public:
     virtual unsigned open(unsigned flags, KN::String const &name, void *context, bool wait) = 0;
     // 0, and empty, for an invalid handle. Indices are below the count.
     virtual unsigned level_count(unsigned handle) = 0;
-    virtual KN::String skeleton_name(unsigned handle) = 0;  // empty for a model without a skeleton
+    virtual KN::String skeleton_name(unsigned handle) = 0;  // one byte a character; empty for a model without one
     virtual KN_STD::VECTOR<LEVEL_ASSET> level_assets(unsigned handle, unsigned index) = 0;
     virtual void close(unsigned handle) = 0;
 };

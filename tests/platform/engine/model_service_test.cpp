@@ -37,6 +37,19 @@ TEST_F(SERVICE, OpensModelsAndTellsWhatTheyNeed)
     EXPECT_EQ(service.level_count(again), 3u);
 }
 
+TEST_F(SERVICE, NamesAreOneByteACharacter)
+{
+    put_plate({.skeleton = "b\xc3\xa4r"});
+    std::filesystem::create_directories(at("models/h\xc3\xb6hle"));
+    std::filesystem::rename(at("models/plate.rigid_model_v2"), at("models/h\xc3\xb6hle/plate.rigid_model_v2"));
+    RIGID_MODEL_SERVICE &service = *start(false).rigid_model_service();
+    unsigned const model = service.open(with_assets, "models/h\xf6hle/plate.rigid_model_v2", nullptr, false);
+    EXPECT_EQ(service.skeleton_name(model), "b\xe4r");
+    auto const assets = service.level_assets(model, 0);
+    ASSERT_THAT(assets, SizeIs(1));
+    EXPECT_THAT(assets[0].paths, ElementsAre("models/tex/plate_diffuse.tga"));
+}
+
 // As a tree's model does before it is moved.
 TEST_F(SERVICE, AModelThatStandsElsewhereNamesItsTexturesFromItsPlace)
 {
