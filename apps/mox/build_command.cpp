@@ -40,12 +40,9 @@ int build_command(OPTIONS const &options)
     install_interrupt_handlers();
     std::unique_ptr<SESSION, CLOSE> const held(new SESSION);
     SESSION &session = *held;
-    int code = EXIT_DONE;
-    if (!open_session(session, options, code))
+    RECORD const use = options.dry_run ? RECORD::READ : RECORD::WRITTEN;
+    if (int const code = open_tree(session, options, use); code != EXIT_DONE)
         return code;
-    bool const is_open = options.dry_run ? session.open_record_to_read() : session.take_lock() && session.open_record();
-    if (!is_open || !session.list_files())
-        return print_faults(session);
     GRAPH_SCOPE const graph(session);
     session.make_plan();
     session.make_state();

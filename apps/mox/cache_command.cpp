@@ -29,8 +29,7 @@ private:
 int cache_command(OPTIONS const &options)
 {
     SESSION session;
-    int code = EXIT_DONE;
-    if (!open_session(session, options, code))
+    if (int const code = open_session(session, options); code != EXIT_DONE)
         return code;
     if (!session.take_lock() || !session.list_files())
         return print_faults(session);

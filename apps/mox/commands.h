@@ -41,8 +41,13 @@ int graph_command(OPTIONS const &options);
 int cache_command(OPTIONS const &options);
 int clean_command(OPTIONS const &options);
 
-// Opens the project and sets the tweakers. On failure the faults have been printed and `code` is set.
-bool open_session(SESSION &session, OPTIONS const &options, int &code);
+// What a command wants of the build record. For writing, it takes the lock of the tree.
+enum class RECORD { UNUSED, READ, WRITTEN };
+
+// Opens the project and sets the tweakers. EXIT_DONE, or the code to end with; what is wrong has been printed then.
+int open_session(SESSION &session, OPTIONS const &options);
+// The same, and then opens the record for `use` and lists the files.
+int open_tree(SESSION &session, OPTIONS const &options, RECORD use);
 // Prints the faults, one a line, on standard error; the code that goes with them.
 int print_faults(SESSION const &session);
 void print_warnings(SESSION const &session, OPTIONS const &options);

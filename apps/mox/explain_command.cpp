@@ -46,11 +46,8 @@ void print_rules_of(SESSION &session, LOGICAL_PATH const &path)
 int rules_command(OPTIONS const &options)
 {
     SESSION session;
-    int code = EXIT_DONE;
-    if (!open_session(session, options, code))
+    if (int const code = open_tree(session, options, RECORD::UNUSED); code != EXIT_DONE)
         return code;
-    if (!session.list_files())
-        return print_faults(session);
     if (!options.path.isEmpty()) {
         print_rules_of(session, session.logical_path(options.path));
         return EXIT_DONE;
@@ -71,11 +68,8 @@ int rules_command(OPTIONS const &options)
 int explain_command(OPTIONS const &options)
 {
     SESSION session;
-    int code = EXIT_DONE;
-    if (!open_session(session, options, code))
+    if (int const code = open_tree(session, options, RECORD::READ); code != EXIT_DONE)
         return code;
-    if (!session.open_record_to_read() || !session.list_files())
-        return print_faults(session);
     GRAPH_SCOPE const graph(session);
     session.make_plan();
     session.make_state();

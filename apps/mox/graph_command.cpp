@@ -83,11 +83,8 @@ void print_dot(QString const &id, std::vector<GRAPH_STEP> const &needed, std::ve
 int graph_command(OPTIONS const &options)
 {
     SESSION session;
-    int code = EXIT_DONE;
-    if (!open_session(session, options, code))
+    if (int const code = open_tree(session, options, RECORD::READ); code != EXIT_DONE)
         return code;
-    if (!session.open_record_to_read() || !session.list_files())
-        return print_faults(session);
     GRAPH_SCOPE const scope(session);
     print_warnings(session, options);
     ASSET_GRAPH const &graph = *ACTION_INTERFACE::s_asset_graph;

@@ -135,11 +135,8 @@ void print_graph(PLAN const &plan)
 int plan_command(OPTIONS const &options)
 {
     SESSION session;
-    int code = EXIT_DONE;
-    if (!open_session(session, options, code))
+    if (int const code = open_tree(session, options, RECORD::UNUSED); code != EXIT_DONE)
         return code;
-    if (!session.list_files())
-        return print_faults(session);
     GRAPH_SCOPE const graph(session);
     session.make_plan();
     print_warnings(session, options);

@@ -41,14 +41,12 @@ void print_warnings(SESSION const &session, OPTIONS const &options)
             print_error(QStringLiteral("warning: ") + warning);
 }
 
-bool open_session(SESSION &session, OPTIONS const &options, int &code)
+int open_session(SESSION &session, OPTIONS const &options)
 {
     QStringList const plug_ins =
         QStringList(QCoreApplication::applicationDirPath() + QStringLiteral("/../lib/plugins")) + options.plug_ins;
-    if (!session.open(options.folder, plug_ins)) {
-        code = print_faults(session);
-        return false;
-    }
+    if (!session.open(options.folder, plug_ins))
+        return print_faults(session);
     for (QString const &tweak : options.tweaks) {
         QString const name = tweak.section(QLatin1Char('='), 0, 0);
         QString const value = tweak.section(QLatin1Char('='), 1);
@@ -59,11 +57,19 @@ bool open_session(SESSION &session, OPTIONS const &options, int &code)
                 known += QString::fromStdU16String(entry.first);
             print_error(QStringLiteral("--tweak %1: write NAME=VALUE with one of these names: %2")
                             .arg(tweak, known.join(QStringLiteral(", "))));
-            code = EXIT_USAGE;
-            return false;
+            return EXIT_USAGE;
         }
     }
-    return true;
+    return EXIT_DONE;
+}
+
+int open_tree(SESSION &session, OPTIONS const &options, RECORD use)
+{
+    if (int const code = open_session(session, options); code != EXIT_DONE)
+        return code;
+    bool const is_open = use == RECORD::UNUSED || (use == RECORD::READ ? session.open_record_to_read()
+                                                                       : session.take_lock() && session.open_record());
+    return is_open && session.list_files() ? EXIT_DONE : print_faults(session);
 }
 
 int init_command(OPTIONS const &options)
@@ -98,8 +104,7 @@ int schema_command(OPTIONS const &options)
 int db_command(OPTIONS const &options)
 {
     SESSION session;
-    int code = EXIT_DONE;
-    if (!open_session(session, options, code))
+    if (int const code = open_session(session, options); code != EXIT_DONE)
         return code;
     QString fault, text;
     QStringList names;
@@ -117,11 +122,8 @@ int db_command(OPTIONS const &options)
 int clean_command(OPTIONS const &options)
 {
     SESSION session;
-    int code = EXIT_DONE;
-    if (!open_session(session, options, code))
+    if (int const code = open_tree(session, options, RECORD::WRITTEN); code != EXIT_DONE)
         return code;
-    if (!session.take_lock() || !session.open_record() || !session.list_files())
-        return print_faults(session);
     if (options.only_gone) {
         session.make_plan();
         session.make_state();
