@@ -11,6 +11,7 @@
 #include "platform/build_host/asset_database.h"
 #include "platform/build_host/build_record.h"
 #include "platform/build_host/depot.h"
+#include "platform/build_host/file_index.h"
 #include "platform/build_host/file_stamp.h"
 #include "platform/build_host/plan.h"
 #include "platform/build_host/target_guard.h"
@@ -49,20 +50,6 @@ private:
     enum class CHANGE { NONE, TIME, CONTENTS };
     struct RUNNING;
 
-    // The entries of the file table by the id of their path.
-    class INDEX {
-    public:
-        explicit INDEX(FILE_TABLE const &files);
-        FILE_ENTRY *find(std::uint64_t id) const;
-        // Whether a path that is `id` in lower case stands below the working root.
-        bool has_folded(std::uint64_t id) const;
-
-    private:
-        FILE_TABLE const &table;
-        std::vector<std::pair<std::uint64_t, FILE_ENTRY *>> slots_of_ids;
-        mutable std::unordered_set<std::uint64_t> folded;  // made when it is first asked for
-    };
-
     // Looked up in vain.
     struct MISSED {
         std::uint64_t path;
@@ -70,6 +57,9 @@ private:
         bool operator==(MISSED const &other) const = default;
     };
 
+    // The signature together with what the action writes: declared when it is planned, or, where only the work shows
+    // what comes of it, afterwards, as the next plan will find it.
+    static std::uint64_t whole_signature(PLANNED_ACTION const &action, QVector<TARGET_FILE> const &targets);
     std::uint64_t key(PLANNED_ACTION const &action) const { return keys[std::size_t(action.index)]; }
     CHANGE change_of(RECORDED_FILE const &file);
     std::uint64_t answer_of(std::uint64_t question, PLANNED_ACTION const &action);
@@ -98,7 +88,7 @@ private:
 
     std::vector<std::uint64_t> keys;  // by index in the plan
     std::unordered_set<std::uint64_t> planned_keys;
-    INDEX const index;
+    FILE_INDEX const index;
     CONTENT_HASHES hashes;
     std::unordered_map<std::uint64_t, RULE_QUESTION> questions;
     struct ANSWERED {
