@@ -11,7 +11,7 @@ namespace {
 // What belongs to no action any more is named, not removed: a file may have been kept on purpose.
 void name_products_of_nobody(SESSION &session, OPTIONS const &options)
 {
-    QStringList const gone = session.state().products_of_nobody();
+    QStringList const gone = session.state().left_overs().products;
     if (!gone.isEmpty() && !options.quiet)
         print_error(
             QStringLiteral("warning: %1 products belong to no source or rule any more (%2%3); 'mox clean --gone' "

@@ -9,6 +9,7 @@
 
 #include <QtCore/QDir>
 
+#include <algorithm>
 #include <unordered_set>
 
 namespace {
@@ -356,45 +357,3 @@ bool BUILD_STATE::has_read(PLANNED_ACTION const &action, LOGICAL_PATH const &fil
 }
 
 QString BUILD_STATE::last_output(PLANNED_ACTION const &action) const { return record.texts(key(action)).output; }
-
-bool BUILD_STATE::is_planned(std::uint64_t key) const { return planned_keys.count(key) != 0; }
-
-QStringList BUILD_STATE::products_of_nobody() const
-{
-    QStringList products;
-    if (std::all_of(keys.begin(), keys.end(), [&](std::uint64_t key) { return record.find(key) != nullptr; }) &&
-        keys.size() == record.size())
-        return products;
-    std::unordered_set<std::uint64_t> claimed;
-    for (PLANNED_ACTION const &action : plan.actions)
-        for (TARGET_FILE const &target : action.targets)
-            claimed.insert(text_id(product_name(target.physical, target.logical)));
-    // What they wrote besides, and what they read, whoever wrote it: a picture that two models share.
-    std::unordered_set<std::uint64_t> read;
-    record.for_each([&](std::uint64_t key, RECORD_ROW const &row) {
-        if (!is_planned(key))
-            return;
-        for (RECORDED_TARGET const &target : row.targets)
-            claimed.insert(target.path);
-        for (RECORDED_FILE const &file : row.files)
-            read.insert(file.path);
-    });
-    auto const is_read = [&](PHYSICAL_PATH const &file) {
-        LOGICAL_PATH const logical = PATHS::logical_path(file);
-        FILE_ENTRY const *const entry = files.peek(logical);
-        return entry != nullptr && entry->physical == file && read.count(text_id(logical)) != 0;
-    };
-    record.for_each([&](std::uint64_t key, RECORD_ROW const &row) {
-        for (RECORDED_TARGET const &target : row.targets) {
-            if (is_planned(key) || (target.flags & RECORDED_TARGET::WRITTEN) == 0 || claimed.count(target.path) != 0)
-                continue;
-            QString const name = record.text(target.path);
-            PHYSICAL_PATH const file = product_path(name);
-            if (stamp_of(file).size != FILE_STAMP::absent && !is_read(file))
-                products += name;
-        }
-    });
-    products.removeDuplicates();
-    products.sort();
-    return products;
-}

@@ -37,9 +37,12 @@ public:
 
     // What went wrong with the books, a line each.
     QStringList const &faults() const { return fault_lines; }
-    // Files that the build wrote for actions which are no longer planned.
-    QStringList products_of_nobody() const;
-    bool is_planned(std::uint64_t key) const;
+    // What actions have left behind that are planned no more, or only because what they start from is left over itself.
+    struct LEFT_OVERS {
+        QStringList products;  // that no other action makes or reads
+        std::unordered_set<std::uint64_t> rows;
+    };
+    LEFT_OVERS left_overs() const;
     // Whether the action opened or looked up the file when it last ran.
     bool has_read(PLANNED_ACTION const &action, LOGICAL_PATH const &file) const;
     // The lines that an action put out when it last ran.

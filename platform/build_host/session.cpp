@@ -170,10 +170,10 @@ void SESSION::make_state()
 
 bool SESSION::clean(bool only_gone, QStringList &removed)
 {
-    QStringList const gone = only_gone ? up_to_date->products_of_nobody() : QStringList();
+    BUILD_STATE::LEFT_OVERS const gone = only_gone ? up_to_date->left_overs() : BUILD_STATE::LEFT_OVERS();
     std::size_t const faults_before = std::size_t(fault_lines.size());
     rows.for_each([&](std::uint64_t key, RECORD_ROW const &row) {
-        if (only_gone && up_to_date->is_planned(key))
+        if (only_gone && gone.rows.count(key) == 0)
             return;
         // What a killed action may have written: it was not there when the action was chosen to run.
         std::uint64_t const wanted =
@@ -187,7 +187,7 @@ bool SESSION::clean(bool only_gone, QStringList &removed)
             PHYSICAL_PATH const file = product_path(name);
             if (stamp_of(file).size == FILE_STAMP::absent)
                 continue;
-            if (only_gone && !gone.contains(name)) {
+            if (only_gone && !gone.products.contains(name)) {
                 is_needed = true;  // by others; that a build wrote it is known from this row alone
                 continue;
             }

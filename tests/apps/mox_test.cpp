@@ -126,6 +126,25 @@ TEST_F(MoxTest, AChangedSceneRebuildsItselfAndWhatRefersToIt)
     EXPECT_EQ(build()["done"].toInt(), 0);
 }
 
+// What is made of a product goes with it, although the product is still there when the build is planned.
+TEST_F(MoxTest, WhatASceneLeavesBehindIsRemovedAtOnce)
+{
+    build();
+    auto const of_tower = [this] {
+        int count = 0;
+        for (auto const &file : files("working_data"))
+            count += file.first.contains("tower") && !file.first.startsWith("working_data/database/");
+        return count;
+    };
+    EXPECT_GT(of_tower(), 2);  // model, statistics, fragment
+    ASSERT_TRUE(QFile::remove(tree() + "/raw_data/castle/tower.vx2"));
+    build();
+    EXPECT_GT(of_tower(), 2);
+    EXPECT_EQ(mox({"clean", "--gone"}).code, 0);
+    EXPECT_EQ(of_tower(), 0);
+    EXPECT_EQ(build()["done"].toInt(), 0);
+}
+
 // One build is enough for fragments too, whatever the number of jobs, and one after a change of the files beside a
 // model leaves what a build from nothing does.
 TEST_F(MoxTest, FragmentsAreThoseOfABuildFromNothing)

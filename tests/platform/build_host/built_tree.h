@@ -217,7 +217,7 @@ protected:
                         result.lines += line.text;
         }
         result.contents_read = session.state().contents_read();
-        result.gone = session.state().products_of_nobody();
+        result.gone = session.state().left_overs().products;
         result.warnings = session.warnings();
         return result;
     }
