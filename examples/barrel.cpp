@@ -60,7 +60,7 @@ private:
 };
 
 constexpr std::uint32_t header = 0, counts = 1, scene_info = 2, static_mesh = 7, hierarchy = 12, material = 13;
-constexpr std::uint32_t colour_channel = 2, vector_channel = 3, lerp_rotation_channel = 5;
+constexpr std::uint32_t vector_channel = 3, lerp_rotation_channel = 5;
 constexpr std::uint32_t shader_material = 1;
 
 }  // namespace

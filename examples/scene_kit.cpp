@@ -24,9 +24,9 @@ int add_material(VEX2 &scene, LOOK const &look)
     material->name = look.name;
     material->shader = MATERIAL_NAME::shader;
     if (!look.picture.empty())
-        material->textures.append(MATERIAL_NAME::diffuse_slot, KN::UniString(look.picture));
+        material->textures.append(VEX2_SHADER_TEXTURE{MATERIAL_NAME::diffuse_slot, KN::UniString(look.picture)});
     if (!look.normal_picture.empty())
-        material->textures.append(MATERIAL_NAME::normal_slot, KN::UniString(look.normal_picture));
+        material->textures.append(VEX2_SHADER_TEXTURE{MATERIAL_NAME::normal_slot, KN::UniString(look.normal_picture)});
     add_parameter<VEX2_VECTOR4_ATTRIBUTE, VEX2_VECTOR4_CHANNEL>(material->vector4s, MATERIAL_NAME::diffuse_colour,
                                                                 VEX2_VECTOR4{look.red, look.green, look.blue, 1});
     add_parameter<VEX2_FLOAT_ATTRIBUTE, VEX2_FLOAT_CHANNEL>(material->floats, MATERIAL_NAME::roughness, look.roughness);
