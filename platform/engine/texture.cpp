@@ -18,7 +18,8 @@ struct FOUR_PIXELS {
 // The pixels before and behind `place`, which repeats after 1, and the part of the latter.
 void neighbours(float place, unsigned size, unsigned &before, unsigned &behind, float &part)
 {
-    float const at = (place - std::floor(place)) * float(size) - 0.5f;
+    float const inside = place - std::floor(place);  // no number for a place that is none
+    float const at = (inside < 1 ? inside : 0) * float(size) - 0.5f;
     float const whole = std::floor(at);
     part = at - whole;
     before = whole < 0 ? size - 1 : std::min(unsigned(whole), size - 1);
