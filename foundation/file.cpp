@@ -41,6 +41,24 @@ std::size_t byte_sequence(std::u16string_view units, std::size_t place)
     return length;
 }
 
+// Steps until `size` bytes are there; the result is how many are, and errno says why not all.
+template <class STEP>
+unsigned read_all(unsigned size, STEP const &step)
+{
+    unsigned done = 0;
+    while (done < size) {
+        ssize_t const moved = step(done);
+        if (moved < 0 && errno == EINTR)
+            continue;
+        if (moved == 0)
+            errno = EIO;  // the file ends too early
+        if (moved <= 0)
+            break;
+        done += unsigned(moved);
+    }
+    return done;
+}
+
 }  // namespace
 
 String disk_path(UniString const &path)
@@ -131,18 +149,20 @@ bool FileIn::open_disk(String const &name)
 
 unsigned FileIn::read(void *target, unsigned size)
 {
-    unsigned moved = 0;
-    while (moved < size && handle >= 0) {
-        ssize_t const step = ::read(handle, static_cast<char *>(target) + moved, size - moved);
-        if (step < 0 && errno == EINTR)
-            continue;
-        if (step <= 0) {
-            error = step < 0 ? errno : EIO;
-            break;
-        }
-        moved += unsigned(step);
-    }
+    if (handle < 0)
+        return 0;
+    unsigned const moved =
+        read_all(size, [&](unsigned done) { return ::read(handle, static_cast<char *>(target) + done, size - done); });
+    if (moved < size)
+        error = errno;
     return moved;
+}
+
+unsigned FileIn::read_at(unsigned place, void *target, unsigned size) const
+{
+    return read_all(size, [&](unsigned done) {
+        return ::pread(handle, static_cast<char *>(target) + done, size - done, off_t(place) + done);
+    });
 }
 
 unsigned FileIn::tell() const { return handle < 0 ? 0 : unsigned(::lseek(handle, 0, SEEK_CUR)); }

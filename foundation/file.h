@@ -49,6 +49,9 @@ public:
     unsigned size() const { return file_size; }
     // The number of bytes moved; fewer than asked for leave a status that is not 0.
     unsigned read(void *target, unsigned size);
+    // The bytes at `place`, wherever the file stands, and without a trace in status(). Several threads may call it at
+    // once.
+    unsigned read_at(unsigned place, void *target, unsigned size) const;
     unsigned tell() const;
     void seek(int position);  // a negative position counts from the end
     void close();

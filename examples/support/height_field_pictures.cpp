@@ -125,7 +125,7 @@ int main(int count, char **arguments)
     good = good && quarter.write_tga_grey(folder + "/island_grey.tga", 255 / max);
 
     HEIGHT_FIELD read;
-    KN::MemFileIn dds, tiff;
+    KN::FileIn dds, tiff;
     good = good && dds.open(folder + "/island.dds", true) && read.read_dds(dds);
     if (good)
         std::cout << "largest change through DDS: " << largest_change(field, read, min, max) << " metres\n";

@@ -1,8 +1,8 @@
 // HEIGHT_FIELD: heights in a grid of floats, row 0 first, which is the top one of a picture. Its files hold 16-bit
 // samples: a grey DDS and a grey TIFF. A file is read as values from 0 to 1; how high 1 is nobody wrote down.
 //
-// Files are not trusted: the memory that is taken is bounded by a few times their size. Paths are written whole or not
-// at all. Threads: const calls may run at once.
+// Files are not trusted: the memory that is taken is bounded by a few times their size. A disk that fails in the middle
+// of a reading leaves undefined values. Paths are written whole or not at all. Threads: const calls may run at once.
 #pragma once
 
 #include "foundation/dynamic_array.h"
@@ -26,10 +26,13 @@ public:
     // The values are undefined afterwards. At most 2^32 - 1 of them; of more the field stays empty.
     void resize(unsigned columns, unsigned rows);
 
+    // On all cores. A file on the disk is not held as a whole on the way: for large fields the fastest form.
     // From the file's position on. False, with the field as it was, if the file is cut off or has no samples.
+    bool read_dds(KN::FileIn &file);
     bool read_dds(KN::MemFileIn &file);
     // False if the file is no TIFF with one sample of 16 bits a pixel, or is cut off; the field is then as it was. The
     // samples are taken as unsigned and as not compressed, whatever the file says.
+    bool read_tiff(KN::FileIn &file);
     bool read_tiff(KN::MemFileIn &file);
     // The sides alone. False, with both as they were, if the file has no whole header.
     static bool read_dds_size(KN::FileIn &file, unsigned &width, unsigned &height);

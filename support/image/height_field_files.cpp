@@ -9,6 +9,7 @@
 #include "support/parallel/parallel_range.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 
 namespace SUPPORT {
@@ -46,15 +47,99 @@ bool read_size(FILE &file, unsigned &width, unsigned &height)
 // Rows that are worth a task.
 unsigned rows_a_task(HEIGHT_FIELD const &field) { return std::max((1u << 16) / std::max(field.width, 1u), 1u); }
 
-// samples_of(i): where row i of the file stands, which is the i-th from the field's end. In the field, which is the
-// larger of the two, the rows are filled in ascending order, because that is what processors expect.
-template <class SAMPLES_OF>
-void read_rows(HEIGHT_FIELD &field, SAMPLES_OF const &samples_of)
+// A file is taken in pieces of this size, so that what was fetched from the disk is still near when it becomes values.
+constexpr unsigned piece_size = 1 << 16;
+
+// The `size` bytes at `place`, fetched into `room` unless they are held; null if they cannot be had.
+unsigned char const *bytes_at(KN::MemFileIn const &file, unsigned place, unsigned, unsigned char *)
 {
+    return file.data() + place;
+}
+
+unsigned char const *bytes_at(KN::FileIn const &file, unsigned place, unsigned size, unsigned char *room)
+{
+    return file.read_at(place, room, size) == size ? room : nullptr;
+}
+
+// Where the samples lie in a file: strips of equally many rows, the last of them shorter.
+struct STRIPS {
+    std::uint32_t const *places;
+    unsigned rows_per_strip;
+};
+
+// All of one task's rows, in ascending order in the field, because that is what processors expect. The file's row i is
+// the field's i-th from the end.
+template <class FILE>
+bool read_rows(HEIGHT_FIELD &field, INDEX_RANGE const &part, FILE const &file, STRIPS const &strips)
+{
+    constexpr unsigned sample_size = sizeof(std::uint16_t);
+    constexpr std::size_t cached_size = 4 << 20;  // what may be near the cores when the caller goes on
+    bool const past_caches = field.values.size() > cached_size / sizeof(float);
+    unsigned const columns = std::min(field.width, piece_size / sample_size), rows = piece_size / sample_size / columns;
+    alignas(16) unsigned char room[piece_size];
+    for (unsigned y = part.begin; y < part.end;) {
+        unsigned const last = field.height_minus_one - y, in_strip = last % strips.rows_per_strip;
+        unsigned const count = std::min({rows, part.end - y, in_strip + 1});
+        for (unsigned x = 0; x < field.width; x += columns) {
+            std::uint64_t const before = std::uint64_t(in_strip + 1 - count) * field.width + x;
+            unsigned const length = std::min(columns, field.width - x);
+            unsigned char const *const samples =
+                bytes_at(file, unsigned(strips.places[last / strips.rows_per_strip] + before * sample_size),
+                         ((count - 1) * field.width + length) * sample_size, room);
+            if (samples == nullptr)
+                return false;
+            for (unsigned row = 0; row < count; ++row)
+                values_of_samples(samples + std::size_t(count - 1 - row) * field.width * sample_size, length,
+                                  field.row(y + row) + x, past_caches);
+        }
+        y += count;
+    }
+    return true;
+}
+
+template <class FILE>
+bool read_all(HEIGHT_FIELD &field, FILE const &file, STRIPS const &strips)
+{
+    std::atomic<bool> whole = true;
     parallel_for(INDEX_RANGE{0, field.height, rows_a_task(field)}, [&](INDEX_RANGE const &part) {
-        for (unsigned y = part.begin; y < part.end; ++y)
-            values_of_samples(samples_of(field.height_minus_one - y), field.width, field.row(y));
+        if (!read_rows(field, part, file, strips))
+            whole = false;
     });
+    return whole;
+}
+
+template <class FILE>
+bool read_dds_file(HEIGHT_FIELD &field, FILE &file)
+{
+    unsigned columns, rows;
+    if (!read_size(file, columns, rows))
+        return false;
+    std::uint64_t const count = std::uint64_t(columns) * rows;
+    std::uint32_t const begin = file.tell();
+    if (count == 0 || count > (file.size() - begin) / sizeof(std::uint16_t))
+        return false;
+    field.resize(columns, rows);
+    file.seek(int(begin + count * sizeof(std::uint16_t)));
+    return read_all(field, file, {&begin, rows});
+}
+
+template <class FILE>
+bool read_tiff_strips(HEIGHT_FIELD &field, FILE const &file, TIFF_INFO const &info)
+{
+    if (info.bits_per_sample.size() != 1 || info.bits_per_sample[0] != 16 ||
+        std::uint64_t(info.width) * info.height > file.size() / sizeof(std::uint16_t))
+        return false;
+
+    std::size_t const row_size = info.width * sizeof(std::uint16_t);
+    unsigned const rows_per_strip = std::min(info.rows_per_strip, info.height);
+    if (rows_per_strip == 0 || (info.height - 1) / rows_per_strip >= info.strip_offsets.size())
+        return false;
+    for (unsigned strip = 0, row = 0; row < info.height; ++strip, row += rows_per_strip)
+        if (info.strip_offsets[strip] + std::min(rows_per_strip, info.height - row) * row_size > file.size())
+            return false;
+
+    field.resize(info.width, info.height);
+    return read_all(field, file, {info.strip_offsets.data, rows_per_strip});
 }
 
 bool write(HEIGHT_FIELD const &field, KN::String const &path, void const *header, std::size_t header_size,
@@ -110,41 +195,19 @@ bool HEIGHT_FIELD::read_dds_size(KN::MemFileIn &file, unsigned &width, unsigned 
     return read_size(file, width, height);
 }
 
-bool HEIGHT_FIELD::read_dds(KN::MemFileIn &file)
+bool HEIGHT_FIELD::read_dds(KN::FileIn &file) { return read_dds_file(*this, file); }
+bool HEIGHT_FIELD::read_dds(KN::MemFileIn &file) { return read_dds_file(*this, file); }
+
+bool HEIGHT_FIELD::read_tiff(KN::FileIn &file)
 {
-    unsigned columns, rows;
-    if (!read_size(file, columns, rows))
-        return false;
-    std::uint64_t const count = std::uint64_t(columns) * rows;
-    if (count == 0 || count > (file.size() - file.tell()) / sizeof(std::uint16_t))
-        return false;
-    resize(columns, rows);
-    unsigned char const *const samples = file.data() + file.tell();
-    read_rows(*this, [&](unsigned i) { return samples + std::size_t(i) * columns * sizeof(std::uint16_t); });
-    file.seek(int(file.tell() + count * sizeof(std::uint16_t)));
-    return true;
+    TIFF_INFO info;
+    return tiff_read_layout(file, info) && read_tiff_strips(*this, file, info);
 }
 
 bool HEIGHT_FIELD::read_tiff(KN::MemFileIn &file)
 {
     TIFF_INFO info;
-    if (!tiff_read_info(file, info) || info.bits_per_sample.size() != 1 || info.bits_per_sample[0] != 16 ||
-        std::uint64_t(info.width) * info.height > file.size() / sizeof(std::uint16_t))
-        return false;
-
-    std::size_t const row_size = info.width * sizeof(std::uint16_t);
-    unsigned const rows_per_strip = std::min(info.rows_per_strip, info.height);
-    if (rows_per_strip == 0 || (info.height - 1) / rows_per_strip >= info.strip_offsets.size())
-        return false;
-    for (unsigned strip = 0, row = 0; row < info.height; ++strip, row += rows_per_strip)
-        if (info.strip_offsets[strip] + std::min(rows_per_strip, info.height - row) * row_size > file.size())
-            return false;
-
-    resize(info.width, info.height);
-    read_rows(*this, [&](unsigned i) {
-        return file.data() + info.strip_offsets[i / rows_per_strip] + i % rows_per_strip * row_size;
-    });
-    return true;
+    return tiff_read_info(file, info) && read_tiff_strips(*this, file, info);
 }
 
 bool HEIGHT_FIELD::write_dds(KN::String const &path, float const *min, float const *max) const

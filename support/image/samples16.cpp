@@ -3,6 +3,7 @@
 
 #include "support/image/samples16.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstring>
@@ -77,6 +78,24 @@ std::uint32_t to_samples(float const *values, std::uint32_t count, SAMPLE_SCALE 
     to_values(samples, count, values);
 }
 
+// Past the caches, for values that would push each other out of them before anyone reads them: memory then only takes
+// what is written and need not give first what stood there. `values` are at a multiple of 16 bytes. Whole groups of
+// eight; the result is the number of values done.
+std::uint32_t to_values_past_caches(unsigned char const *samples, std::uint32_t count, float *values)
+{
+    auto const store = [&](__m128i four, float *to) {
+        _mm_stream_ps(to, _mm_mul_ps(_mm_cvtepi32_ps(four), _mm_set1_ps(sample_step)));
+    };
+    std::uint32_t i = 0;
+    for (; count - i >= 8; i += 8) {
+        __m128i const eight = _mm_loadu_si128(reinterpret_cast<__m128i const *>(samples + std::size_t(i) * 2));
+        store(_mm_unpacklo_epi16(eight, _mm_setzero_si128()), values + i);
+        store(_mm_unpackhi_epi16(eight, _mm_setzero_si128()), values + i + 4);
+    }
+    _mm_sfence();  // such stores are not in order with those that hand the row to another thread
+    return i;
+}
+
 }  // namespace
 
 SAMPLE_SCALE::SAMPLE_SCALE(float min, float max, float to_be_added) : base(min), scale(1), added(to_be_added)
@@ -99,12 +118,17 @@ void samples_of_values(float const *values, std::uint32_t count, SAMPLE_SCALE co
     std::memcpy(samples + i, last_samples, (count - i) * sizeof(std::uint16_t));
 }
 
-void values_of_samples(unsigned char const *samples, std::uint32_t count, float *values)
+void values_of_samples(unsigned char const *samples, std::uint32_t count, float *values, bool past_caches)
 {
-    if (has_avx2())
-        to_values_avx2(samples, count, values);
-    else
-        to_values(samples, count, values);
+    auto const plain = has_avx2() ? to_values_avx2 : to_values;
+    std::uint32_t done = 0;
+    if (past_caches) {
+        std::size_t const over = reinterpret_cast<std::uintptr_t>(values) / sizeof(float) % 4;
+        done = std::min(std::uint32_t((4 - over) % 4), count);
+        plain(samples, done, values);
+        done += to_values_past_caches(samples + std::size_t(done) * 2, count - done, values + done);
+    }
+    plain(samples + std::size_t(done) * 2, count - done, values + done);
 }
 
 }  // namespace SUPPORT

@@ -19,7 +19,7 @@ struct SAMPLE_SCALE {
 void samples_of_values(float const *values, std::uint32_t count, SAMPLE_SCALE const &scale, std::uint16_t *samples);
 
 // Each sample times 1.5259022e-5, which is 1 / 65535.
-// The samples stand in a file's bytes, at any address.
-void values_of_samples(unsigned char const *samples, std::uint32_t count, float *values);
+// The samples stand in a file's bytes, at any address. `past_caches`: the values are more than the caches hold.
+void values_of_samples(unsigned char const *samples, std::uint32_t count, float *values, bool past_caches);
 
 }  // namespace SUPPORT

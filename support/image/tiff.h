@@ -40,6 +40,8 @@ struct TIFF_INFO {
 bool tiff_read_info(KN::MemFileIn &file, TIFF_INFO &info);
 // Of a file that is read for its size: sides, bits, compression and photometric only, and no word about strips.
 bool tiff_read_info(KN::FileIn &file, TIFF_INFO &info);
+// All of it, of a file whose strips are to be read from the disk.
+bool tiff_read_layout(KN::FileIn &file, TIFF_INFO &info);
 
 // The sides; as they were if the directory cannot be read.
 bool tiff_read_size(KN::MemFileIn &file, std::uint32_t &width, std::uint32_t &height);

@@ -124,9 +124,8 @@ bool read_size(FILE &file, std::uint32_t &width, std::uint32_t &height)
     return true;
 }
 
-}  // namespace
-
-bool tiff_read_info(KN::MemFileIn &file, TIFF_INFO &info)
+template <class FILE>
+bool read_layout(FILE &file, TIFF_INFO &info)
 {
     DIRECTORY directory;
     bool const has_picture = read_picture(file, directory, info);
@@ -137,6 +136,11 @@ bool tiff_read_info(KN::MemFileIn &file, TIFF_INFO &info)
            directory.get_array(file, TIFF_STRIP_BYTE_COUNTS, info.strip_byte_counts) && !info.strip_offsets.empty() &&
            info.strip_offsets.size() == info.strip_byte_counts.size();
 }
+
+}  // namespace
+
+bool tiff_read_info(KN::MemFileIn &file, TIFF_INFO &info) { return read_layout(file, info); }
+bool tiff_read_layout(KN::FileIn &file, TIFF_INFO &info) { return read_layout(file, info); }
 
 bool tiff_read_info(KN::FileIn &file, TIFF_INFO &info)
 {

@@ -118,8 +118,13 @@ TEST(HeightField, FilesComeBackAndThoseThatAreCutDoNot)
         std::string const whole = folder.bytes(dds ? "a.dds" : "a.tif");
         for (std::size_t size = 0; size <= whole.size(); ++size) {
             BYTES_FILE source(whole.substr(0, size));
-            HEIGHT_FIELD read = field_of(1, 1, {7});
+            std::ofstream(folder.path / "cut", std::ios::binary) << whole.substr(0, size);
+            KN::FileIn on_disk;
+            ASSERT_TRUE(on_disk.open(folder.at("cut"), true));
+            HEIGHT_FIELD read = field_of(1, 1, {7}), same = read;
             ASSERT_EQ(dds ? read.read_dds(source.file) : read.read_tiff(source.file), size == whole.size()) << size;
+            ASSERT_EQ(dds ? same.read_dds(on_disk) : same.read_tiff(on_disk), size == whole.size()) << size;
+            ASSERT_TRUE(same.width == read.width && std::ranges::equal(same.values, read.values)) << size;
             if (size < whole.size()) {
                 ASSERT_TRUE(read.width == 1 && read.values[0] == 7) << size;
                 continue;
@@ -178,6 +183,32 @@ TEST(HeightField, TiffOfOthers)
     EXPECT_FALSE(tiff_read_contiguous(packed, pixels));
     rgba.seek(0);
     EXPECT_FALSE(read.read_tiff(rgba));  // four samples of 8 bits
+}
+
+// More than stays near the cores, in strips of others and with rows that are longer than what is fetched at once.
+TEST(HeightField, LargeFilesComeBackFromMemoryAndDisk)
+{
+    FOLDER const folder;
+    for (auto const &[width, height] : {std::pair(70001u, 19u), std::pair(1201u, 1103u)}) {
+        HEIGHT_FIELD const field = random_field(width, height);
+        ASSERT_TRUE(field.write_tiff(folder.at("a.tif"), &zero, &one) &&
+                    field.write_dds(folder.at("a.dds"), &zero, &one));
+        ASSERT_TRUE(folder.run("tiffcp -c none -r 7 a.tif strips.tif"));
+        for (char const *const name : {"a.tif", "strips.tif", "a.dds"}) {
+            SCOPED_TRACE(std::string(name) + " of " + std::to_string(width));
+            bool const dds = name == std::string_view("a.dds");
+            KN::MemFileIn held;
+            KN::FileIn on_disk;
+            HEIGHT_FIELD read, same;
+            ASSERT_TRUE(held.open(folder.at(name), true) && on_disk.open(folder.at(name), true));
+            ASSERT_TRUE(dds ? read.read_dds(held) && same.read_dds(on_disk)
+                            : read.read_tiff(held) && same.read_tiff(on_disk));
+            ASSERT_EQ(std::pair(read.width, read.height), std::pair(width, height));
+            for (unsigned i = 0; i < field.values.size(); ++i)
+                ASSERT_EQ(read.values[i], std::floor(field.values[i] * 65535 + (dds ? 0.5f : 0)) * 1.5259022e-5f) << i;
+            EXPECT_TRUE(std::ranges::equal(same.values, read.values));
+        }
+    }
 }
 
 TEST(HeightField, HalfSize)
