@@ -1,7 +1,10 @@
 #include "foundation/string.h"
 
 #include <array>
+#include <bit>
 #include <charconv>
+#include <cmath>
+#include <emmintrin.h>
 
 namespace KN {
 
@@ -17,6 +20,80 @@ TEXT lower_ascii(TEXT text)
 }
 
 UniString widen_ascii(char const *begin, char const *end) { return UniString(begin, end); }
+
+// Two decimal digits as UTF-16 units, the first in the low half.
+constexpr auto two_digits = [] {
+    std::array<std::uint32_t, 100> pairs = {};
+    for (unsigned i = 0; i < pairs.size(); ++i)
+        pairs[i] = (u'0' + i / 10) | (u'0' + i % 10) << 16;
+    return pairs;
+}();
+
+// The digits of a number below 10,000 likewise, the first in the lowest bits.
+std::uint64_t four_digits(unsigned value)
+{
+    return two_digits[value / 100] | std::uint64_t(two_digits[value % 100]) << 32;
+}
+
+// Texts of up to seven units, which a string holds within itself, are what reports are made of. Their units are stored
+// at once, so that whoever reads them next need not wait for single stores: `length` of 1 to 4 units, the first in the
+// lowest bits, and behind them those of `back`.
+UniString short_text(std::uint64_t units, unsigned length, std::uint64_t back, unsigned back_length)
+{
+    unsigned const bits = 16 * length;
+    units |= back << (bits - 1) << 1;
+    back >>= 64 - bits;
+    UniString text(u"0000000", 7);  // and the unit that ends it
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(text.data()), _mm_set_epi64x(std::int64_t(back), std::int64_t(units)));
+    text.resize(length + back_length);
+    return text;
+}
+
+// Four digits without the zeros in front; the last digit stays.
+struct DIGITS {
+    explicit DIGITS(std::uint64_t four)
+    {
+        int const zero_bits = std::countr_zero((four & 0x000f000f000f000f) | std::uint64_t(1) << 48) & ~15;
+        units = four >> zero_bits;
+        length = 4 - unsigned(zero_bits) / 16;
+    }
+
+    std::uint64_t units;
+    unsigned length;
+};
+
+constexpr unsigned short_numbers = 10'000'000;
+
+UniString format_short(unsigned value)
+{
+    if (value < 10000) {
+        DIGITS const all(four_digits(value));
+        return short_text(all.units, all.length, 0, 0);
+    }
+    DIGITS const first(four_digits(value / 10000));
+    return short_text(first.units, first.length, four_digits(value % 10000), 4);
+}
+
+// Up to 9999.99 and -999.99. A hundredfold f32 is exact in f64, so that what is rounded is the value itself.
+bool has_short_hundredths(float value) { return value > -999.99f && value < 9999.99f; }
+
+UniString format_short_hundredths(float value)
+{
+    int const hundredths = _mm_cvtsd_si32(_mm_set_sd(std::fabs(value) * 100.0));
+    DIGITS first(four_digits(unsigned(hundredths) / 100));
+    if (std::signbit(value)) {
+        first.units = first.units << 16 | u'-';
+        ++first.length;
+    }
+    return short_text(first.units, first.length, u'.' | std::uint64_t(two_digits[unsigned(hundredths) % 100]) << 16, 3);
+}
+
+template <class NUMBER>
+[[gnu::noinline]] UniString format_any(NUMBER value)
+{
+    std::array<char, 16> digits;
+    return widen_ascii(digits.data(), std::to_chars(digits.begin(), digits.end(), value).ptr);
+}
 
 void append_utf8(String &bytes, char32_t code)
 {
@@ -70,20 +147,14 @@ DECODED decode_utf8(std::string_view bytes)
 String String::lower() const { return lower_ascii(*this); }
 UniString UniString::lower() const { return lower_ascii(*this); }
 
-UniString UniString::format(unsigned value)
-{
-    std::array<char, 16> digits;
-    return widen_ascii(digits.data(), std::to_chars(digits.begin(), digits.end(), value).ptr);
-}
+UniString UniString::format(unsigned value) { return value < short_numbers ? format_short(value) : format_any(value); }
 
-UniString UniString::format_signed(int value)
-{
-    std::array<char, 16> digits;
-    return widen_ascii(digits.data(), std::to_chars(digits.begin(), digits.end(), value).ptr);
-}
+UniString UniString::format_signed(int value) { return value >= 0 ? format(unsigned(value)) : format_any(value); }
 
 UniString UniString::format(float value, int decimals, bool whole)
 {
+    if (decimals == 2 && whole && has_short_hundredths(value))
+        return format_short_hundredths(value);
     std::array<char, 512> digits;  // the longest f32 has 39 digits before the point
     auto const [end, error] =
         std::to_chars(digits.begin(), digits.end(), value, std::chars_format::fixed, decimals < 400 ? decimals : 400);

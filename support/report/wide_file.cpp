@@ -14,24 +14,27 @@ bool WIDE_FILE_OUT::close()
     return file.close();
 }
 
-// False for more than the buffer takes.
-bool WIDE_FILE_OUT::make_room(std::size_t size)
+void WIDE_FILE_OUT::append(std::string_view bytes)
 {
-    flush();
     buffer.reserve(buffer_size);
-    return size <= buffer_size;
-}
-
-void WIDE_FILE_OUT::put_slowly(std::string_view bytes)
-{
     while (!bytes.empty()) {
-        std::string_view const some = bytes.substr(0, buffer_size);
-        put(some);
+        if (used == buffer_size)
+            flush();
+        std::string_view const some = bytes.substr(0, buffer_size - used);
+        std::memcpy(buffer.data + used, some.data(), some.size());
+        used += some.size();
         bytes.remove_prefix(some.size());
     }
 }
 
-void WIDE_FILE_OUT::put_slowly(std::u16string_view text) { put_slowly(KN::to_utf8(text)); }
+void WIDE_FILE_OUT::append(std::u16string_view text) { append(std::string_view(KN::to_utf8(text))); }
+
+void WIDE_FILE_OUT::append(LINE_START start)
+{
+    append(std::string_view("\n"));
+    for (std::uint32_t i = 0; i < start.tabs; ++i)
+        append(std::string_view("\t"));
+}
 
 void WIDE_FILE_OUT::flush()
 {

@@ -10,6 +10,13 @@
 
 namespace SUPPORT {
 
+// The end of a line, and tabs at the start of the next.
+struct LINE_START {
+    std::uint32_t tabs;
+
+    std::size_t size() const { return 1 + std::size_t(tabs); }
+};
+
 class WIDE_FILE_OUT {
 public:
     WIDE_FILE_OUT() = default;
@@ -22,39 +29,46 @@ public:
     bool close();
 
     // Texts one after another: std::u16string_view, in which a surrogate without its partner becomes U+FFFD, and
-    // std::string_view, whose bytes stay as they are.
+    // std::string_view, whose bytes stay as they are; LINE_START.
     template <class... TEXTS>
     void put(TEXTS... texts)
     {
         std::size_t const size = (texts.size() + ...);
-        if (size >= buffer.capacity - used && !make_room(size)) {
-            (put_slowly(texts), ...);
-            return;
+        if (size + slack < buffer.capacity - used) [[likely]] {
+            char *to = buffer.data + used;
+            __m128i units = _mm_setzero_si128();
+            (narrow(texts, to, units), ...);
+            if (all_ascii(units)) [[likely]] {  // or else what stands behind `used` does not matter
+                used += size;
+                return;
+            }
         }
-        char *to = buffer.data + used;
-        bool const all_narrow = (narrow(texts, to) && ...);
-        if (all_narrow)
-            used += size;
-        else  // what stands behind `used` does not matter
-            (put_slowly(texts), ...);
+        put_slowly(texts...);
     }
 
 private:
     static constexpr unsigned buffer_size = 1 << 18;
+    static constexpr unsigned slack = 8;  // what may be stored behind all that is put, and does not count
 
-    static bool narrow(std::string_view text, char *&to)
+    // Puts a text at `to` and moves it on; the bits of all wide units come to those of the texts before. Units beyond
+    // ASCII leave what is of no use. The last units of a text are narrowed together with some before them, rather than
+    // one by one.
+    static void narrow(std::string_view text, char *&to, __m128i &)
     {
         std::memcpy(to, text.data(), text.size());
         to += text.size();
-        return true;
     }
-    // False if not all of the text is ASCII; what stands at `to` is then of no use. The last units of a text are
-    // narrowed together with some before them, rather than one by one.
-    static bool narrow(std::u16string_view text, char *&to)
+    static void narrow(LINE_START start, char *&to, __m128i &)
+    {
+        std::memcpy(to, "\n\t\t\t\t\t\t\t", slack);
+        if (start.size() > slack)
+            std::memset(to + slack, '\t', start.size() - slack);
+        to += start.size();
+    }
+    static void narrow(std::u16string_view text, char *&to, __m128i &all)
     {
         char16_t const *const from = text.data();
         std::size_t const size = text.size();
-        __m128i all = _mm_setzero_si128();
         if (size >= 8) {
             for (std::size_t i = 0; i < size - 8; i += 8)
                 narrow_8(from + i, to + i, all);
@@ -69,7 +83,10 @@ private:
             }
         }
         to += size;
-        __m128i const beyond = _mm_and_si128(all, _mm_set1_epi16(-0x80));
+    }
+    static bool all_ascii(__m128i units)
+    {
+        __m128i const beyond = _mm_and_si128(units, _mm_set1_epi16(-0x80));
         return _mm_movemask_epi8(_mm_cmpeq_epi16(beyond, _mm_setzero_si128())) == 0xffff;
     }
     static void narrow_8(char16_t const *from, char *to, __m128i &all)
@@ -86,9 +103,15 @@ private:
         std::memcpy(to, &bytes, sizeof bytes);
     }
 
-    bool make_room(std::size_t size);
-    void put_slowly(std::string_view bytes);
-    void put_slowly(std::u16string_view text);
+    // Apart from put(), which then has no calls to keep registers for.
+    template <class... TEXTS>
+    [[gnu::noinline, gnu::cold]] void put_slowly(TEXTS... texts)
+    {
+        (append(texts), ...);
+    }
+    void append(std::string_view bytes);
+    void append(std::u16string_view text);
+    void append(LINE_START start);
     void flush();
 
     KN::FileOut file;

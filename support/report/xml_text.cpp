@@ -19,18 +19,11 @@ void XML_WRITER::close_start_tag(OPEN_ELEMENT &element)
     element.tag_closed = true;
 }
 
-void XML_WRITER::new_line()
-{
-    out.put("\n"sv);
-    for (std::uint32_t i = 0; i < depth; ++i)
-        out.put("\t"sv);
-}
-
 void XML_WRITER::comment(XML_COMMENT const &comment)
 {
     if (OPEN_ELEMENT *const parent = top()) {
         close_start_tag(*parent);
-        new_line();
+        out.put(LINE_START{depth});
         parent->has_comment = true;
     }
     out.put("<!-- "sv, view(comment.text), "-->"sv);
@@ -64,7 +57,7 @@ void XML_WRITER::end_element()
     if (!element.tag_closed)
         out.put(">"sv);
     else if (element.has_child || element.has_comment)
-        new_line();
+        out.put(LINE_START{depth});
     out.put("</"sv, view(element.name), ">"sv);
 }
 
@@ -73,14 +66,15 @@ void XML_WRITER::begin_element(XML_ELEMENT const &element)
     if (OPEN_ELEMENT *const parent = top()) {
         close_start_tag(*parent);
         parent->has_child = true;
-        new_line();
+        out.put(LINE_START{depth}, "<"sv, view(element.name));
+    } else {
+        out.put("<"sv, view(element.name));
     }
     if (depth == element_stack.count)
         element_stack.append();
     OPEN_ELEMENT &entry = element_stack[depth];
     entry.tag_closed = entry.has_attribute = entry.has_text = entry.has_child = entry.has_comment = false;
     entry.name.assign(element.name);
-    out.put("<"sv, view(element.name));
     ++depth;
 }
 

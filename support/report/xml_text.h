@@ -12,31 +12,40 @@
 
 namespace SUPPORT {
 
+// A name. The length of a literal is known when the program is compiled: to count its units takes longer than all else
+// that is done with it.
+struct XML_NAME : std::u16string_view {
+    template <std::size_t SIZE>
+    consteval XML_NAME(char16_t const (&literal)[SIZE]) : std::u16string_view(literal, SIZE - 1)
+    {}
+    template <std::convertible_to<std::u16string_view> TEXT>
+    constexpr XML_NAME(TEXT const &text) : std::u16string_view(text)
+    {}
+};
+
 struct XML_ELEMENT {
     KN::UniString name;
 
-    explicit XML_ELEMENT(std::u16string_view element_name) : name(element_name) {}
+    explicit XML_ELEMENT(XML_NAME element_name) : name(element_name) {}
 };
 
 // Numbers are decimal, floats with two digits behind the point.
 struct XML_ATTRIBUTE {
     KN::UniString name, value;
 
-    XML_ATTRIBUTE(std::u16string_view attribute_name, KN::UniString text) : name(attribute_name), value(std::move(text))
-    {}
-    XML_ATTRIBUTE(std::u16string_view attribute_name, int number)
+    XML_ATTRIBUTE(XML_NAME attribute_name, KN::UniString text) : name(attribute_name), value(std::move(text)) {}
+    XML_ATTRIBUTE(XML_NAME attribute_name, int number)
         : name(attribute_name), value(KN::UniString::format_signed(number))
     {}
-    XML_ATTRIBUTE(std::u16string_view attribute_name, unsigned number)
-        : name(attribute_name), value(KN::UniString::format(number))
+    XML_ATTRIBUTE(XML_NAME attribute_name, unsigned number) : name(attribute_name), value(KN::UniString::format(number))
     {}
-    XML_ATTRIBUTE(std::u16string_view attribute_name, float number)
+    XML_ATTRIBUTE(XML_NAME attribute_name, float number)
         : name(attribute_name), value(KN::UniString::format(number, 2, true))
     {}
     // A literal is a text: its pointer must not come here.
     template <std::same_as<bool> BOOL>
-    XML_ATTRIBUTE(std::u16string_view attribute_name, BOOL truth)
-        : name(attribute_name), value(truth ? u"true" : u"false")
+    XML_ATTRIBUTE(XML_NAME attribute_name, BOOL truth)
+        : name(attribute_name), value(truth ? XML_NAME(u"true") : XML_NAME(u"false"))
     {}
 };
 
@@ -86,7 +95,6 @@ private:
 
     OPEN_ELEMENT *top();
     void close_start_tag(OPEN_ELEMENT &element);
-    void new_line();
 
     KN::DynamicArray<OPEN_ELEMENT> element_stack;  // entries from `depth` on are kept for their memory
     std::uint32_t depth = 0;                       // open elements

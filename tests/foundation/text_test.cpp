@@ -3,7 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
+#include <cmath>
+#include <cstdio>
+#include <random>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -35,10 +40,31 @@ TEST(Text, TheOldPairMapsBytesToUnitsAndLosesTheRest)
     EXPECT_EQ(KN::must_fix_string_narrow(u"\u00ff\u0100"), "\xff?");
 }
 
-TEST(Text, NumbersAndLowerCase)
+TEST(Text, NumbersAsPrintfHasThem)
 {
-    EXPECT_EQ(KN::UniString::format(4294967295u), u"4294967295");
-    EXPECT_EQ(KN::UniString::format_signed(-12), u"-12");
+    std::mt19937 random(1);
+    for (unsigned power = 1, i = 0; i < 10; power *= 10, ++i)
+        for (unsigned const number : {power - 1, power, power + 7, power * 4 + 3, unsigned(random())}) {
+            EXPECT_EQ(KN::to_utf8(KN::UniString::format(number)), std::to_string(number));
+            EXPECT_EQ(KN::to_utf8(KN::UniString::format_signed(int(number))), std::to_string(int(number)));
+            EXPECT_EQ(KN::to_utf8(KN::UniString::format_signed(-int(number))), std::to_string(-int(number)));
+        }
+    std::vector<float> values = {0.125f,   0.375f,    0.005f, 999.995f, 999.994995f, 9999.985f,
+                                 9999.99f, 9999.995f, 1e9f,   NAN,      INFINITY};
+    for (unsigned i = 0; i < 20000; ++i) {
+        values.push_back(std::bit_cast<float>(unsigned(random())));
+        values.push_back(float(random() % 2000000) / 128);  // many of them halfway between two texts
+    }
+    for (float const value : values)
+        for (float const both : {value, -value}) {
+            char text[64];  // FLT_MAX has 39 digits
+            std::snprintf(text, sizeof(text), "%.2f", double(both));
+            EXPECT_EQ(KN::to_utf8(KN::UniString::format(both, 2, true)), text);
+        }
+}
+
+TEST(Text, TrailingZerosAndLowerCase)
+{
     EXPECT_EQ(KN::UniString::format(2.5f, 3, true), u"2.500");
     EXPECT_EQ(KN::UniString::format(2.5f, 3, false), u"2.5");
     EXPECT_EQ(KN::UniString::format(20.0f, 3, false), u"20");

@@ -45,6 +45,30 @@ struct FRAMES {
     }
 };
 
+// The same in milliseconds. What theirs prints of them is longer.
+struct MILLISECONDS {
+    static float value(unsigned frame) { return float(microseconds(frame)) * 0.001f; }
+    static void write_ours(XML_WRITER &xml)
+    {
+        for (unsigned i = 0; i < frame_count; ++i) {
+            xml.begin_element(XML_ELEMENT(u"frame"));
+            xml.attribute({u"number", i});
+            xml.attribute({u"main", value(i)});
+            xml.attribute({u"gpu", value(i + 1)});
+            xml.end_element();
+        }
+    }
+    static void build_theirs(pugi::xml_node root)
+    {
+        for (unsigned i = 0; i < frame_count; ++i) {
+            pugi::xml_node frame = root.append_child("frame");
+            frame.append_attribute("number") = i;
+            frame.append_attribute("main") = value(i);
+            frame.append_attribute("gpu") = value(i + 1);
+        }
+    }
+};
+
 struct LINES {
     static constexpr char const *narrow = "texture raw_data/props/crate_diffuse.tga: 1024 x 1024, 11 levels, DXT1, "
                                           "used by raw_data/props/crate.vx2 and 12 others";
@@ -115,12 +139,14 @@ void XmlText(benchmark::State &state)
     times.report(state);
     state.counters["to_pugixml"] = times.ratio("ours", "pugixml");
     state.counters["to_write"] = times.ratio("ours", "write");
-    if (contents(theirs) != bytes + "\n" || contents(copy) != bytes)
+    bool const same_texts = !std::is_same_v<DOCUMENT, MILLISECONDS>;
+    if ((same_texts && contents(theirs) != bytes + "\n") || contents(copy) != bytes)
         state.SkipWithError("the files differ");
     for (std::string const &path : {ours, theirs, copy})
         std::filesystem::remove(path);
 }
 BENCHMARK(XmlText<FRAMES>)->Unit(benchmark::kMillisecond)->Iterations(50);
+BENCHMARK(XmlText<MILLISECONDS>)->Unit(benchmark::kMillisecond)->Iterations(50);
 BENCHMARK(XmlText<LINES>)->Unit(benchmark::kMillisecond)->Iterations(50);
 
 }  // namespace

@@ -141,6 +141,24 @@ TEST(XmlText, LongAndForeignTexts)
     }
 }
 
+TEST(XmlText, DeepElements)
+{
+    constexpr std::size_t depth = 20;
+    std::string expected = "<a>";
+    for (std::size_t i = 1; i < depth; ++i)
+        expected += "\n" + std::string(i, '\t') + "<a>";
+    expected += "</a>";
+    for (std::size_t i = depth - 1; i-- > 0;)
+        expected += "\n" + std::string(i, '\t') + "</a>";
+    EXPECT_EQ(file_of([](XML_WRITER &xml) {
+                  for (std::size_t i = 0; i < depth; ++i)
+                      xml.begin_element(a);
+                  for (std::size_t i = 0; i < depth; ++i)
+                      xml.end_element();
+              }),
+              expected);
+}
+
 TEST(XmlText, AFileThatCannotBeOpenedIsAStateOfTheStream)
 {
     XML_FILE_WRITER writer(testing::TempDir() + "no such folder/file.xml");
