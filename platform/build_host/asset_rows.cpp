@@ -31,10 +31,15 @@ QString quoted(QString const &name) { return QLatin1Char('"') + name + QLatin1Ch
 
 bool run(QSqlQuery &query, QString const &statement, QVariantList const &values, QString &fault)
 {
-    bool good = query.prepare(statement);
-    for (QVariant const &value : values)
-        query.addBindValue(value);
-    good = good && query.exec();
+    bool good;
+    if (values.isEmpty()) {  // also what makes tables, which some servers do not prepare
+        good = query.exec(statement);
+    } else {
+        good = query.prepare(statement);
+        for (QVariant const &value : values)
+            query.addBindValue(value);
+        good = good && query.exec();
+    }
     if (!good)
         fault = QStringLiteral("database: %1").arg(query.lastError().text().simplified());
     return good;
