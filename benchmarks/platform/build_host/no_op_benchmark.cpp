@@ -97,7 +97,7 @@ OUTCOME build(QString const &folder, double &seconds)
     std::vector<QString> const reasons = choose_actions(session.plan(), session.state());
     RUN_RESULT const result =
         run_plan(session.plan(), reasons, session.files(), session.rules(), {}, session.state(), nullptr);
-    session.state().products_of_nobody();
+    session.state().left_overs();
     OUTCOME const outcome = {int(session.plan().actions.size()), result.done + result.failed,
                              session.state().contents_read()};
     session.close();
