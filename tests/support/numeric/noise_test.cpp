@@ -192,6 +192,8 @@ TEST(HashNoise, FollowsTheHash)
     EXPECT_FLOAT_EQ(fractal_hash_noise(1.5f, 2, 2, 3, 0.5f, 4),
                     3 * smooth_hash_noise(3) + 1.5f * smooth_hash_noise(12));
     EXPECT_EQ(fractal_hash_noise(NAN, 0, 1, 1, 1, 1), 0);
+    for (float x : {NAN, INFINITY, -INFINITY, 1e30f})
+        EXPECT_NEAR(fractal_hash_noise(x, 1, 1, 1, 1, 1), smooth_at_0, 1e-7) << x;
 }
 
 }  // namespace SUPPORT
