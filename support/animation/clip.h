@@ -56,7 +56,7 @@ public:
     std::uint32_t options;
     bool valid = false;
 
-    // The summary; all 0 for a clip of a single frame. What is divided by the duration is not finite if that is 0.
+    // The summary; all 0 if only a single frame was wanted. What is divided by the duration is not finite if that is 0.
     ANGLE16 first_heading = 0;
     VECTOR2 move_direction;         // x and z, of length 1, or zeros
     float move_length = 0;          // metres in the plane, from the first to the last frame

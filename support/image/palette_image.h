@@ -1,5 +1,6 @@
 // PALETTE_IMAGE: a picture of one byte a pixel, which chooses among up to 256 colours (files may list more), and its
-// TGA files. Row 0 is the first in the file. Nobody checks that the bytes stay inside the palette.
+// TGA files. Row 0 is the first in the file, which viewers show at the bottom. Nobody checks that the bytes stay inside
+// the palette.
 #pragma once
 
 #include "foundation/dynamic_array.h"
