@@ -249,9 +249,11 @@ bool boxes_apart(TRIANGLE3 const &a, TRIANGLE3 const &b)
         if (!b.cut_by(normal_a, a.corner(0)) || !a.cut_by(normal_b, b.corner(0)))
             return false;
     }
-    coplanar = a.in_plane() || b.in_plane();
-    if (coplanar)
-        return coplanar_meet(a, b, a.in_plane() ? normal_b : normal_a);
+    if (a.in_plane() || b.in_plane()) {
+        // Here too if a number is missing: the distances are then neither above nor below, and a normal has it missing.
+        coplanar = !std::isnan(dot(normal_a, normal_a) + dot(normal_b, normal_b));
+        return coplanar && coplanar_meet(a, b, a.in_plane() ? normal_b : normal_a);
+    }
 
     unsigned const axis = largest_axis(cross(normal_a, normal_b));
     INTERVAL const on_a(a, axis, a.lone_corner()), on_b(b, axis, b.lone_corner());

@@ -1,7 +1,7 @@
 // Triangles in space against each other, by Möller's interval test ("A Fast Triangle-Triangle Intersection Test", 1997)
-// with an epsilon of 0: touching counts. The steps are done in 64-bit floats and without division, so that for
-// whole coordinates of at most 50 the answer is exact. Triangles without area count as what they are, a
-// segment or a point. Pure functions, without allocation; either order of the corners.
+// with an epsilon of 0: touching counts. The steps are done in 64-bit floats and without division, so that for whole
+// coordinates of at most 50 the answer is exact. Triangles without area count as what they are, a segment or a point;
+// one with a number missing (NaN) meets nothing. Pure functions, without allocation; either order of the corners.
 #pragma once
 
 #include "support/geometry/shapes.h"

@@ -102,6 +102,23 @@ TEST(TriangleTriangle, AgreesWithAnExactTest)
     }
 }
 
+TEST(TriangleTriangle, NothingMeetsATriangleWithANumberMissing)
+{
+    TRIANGLE3 const plain = {{{-9, -9, 1}, {9, -9, 1}, {0, 9, 1}}};
+    for (TRIANGLE3 const &other : {plain, TRIANGLE3{{{0, 0, 0}, {1, 0, 2}, {0, 1, 2}}},
+                                   TRIANGLE3{{{0, 0, 0}, {0, 0, 1}, {0, 0, 2}}}, TRIANGLE3{}})
+        for (int number = 0; number < 9; ++number) {
+            TRIANGLE3 broken = other;
+            (&broken.corners[number / 3].x)[number % 3] = NAN;
+            bool coplanar = true;
+            SEGMENT3 overlap;
+            EXPECT_FALSE(triangle_triangle(plain, broken)) << number;
+            EXPECT_FALSE(triangle_triangle(broken, plain)) << number;
+            EXPECT_FALSE(triangle_triangle_with_segment(broken, broken, coplanar, overlap)) << number;
+            EXPECT_FALSE(coplanar);
+        }
+}
+
 TEST(TriangleTriangle, TheOverlapIsWhatBothHave)
 {
     std::mt19937 random(2);
