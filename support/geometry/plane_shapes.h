@@ -1,6 +1,7 @@
 // Tests of shapes in the plane against each other. The parameter of a point on a segment is 0 at its start and 1 at its
 // end; the ends count as on it (`within_ends`). All are pure functions on 32-bit floats, without allocation, that stop
-// at the first rejection; the results for a shape with a number missing (NaN) are a rejection, unless said otherwise.
+// at the first rejection. A step in which a number is missing (NaN) rejects, unless said otherwise; of rectangles, quads
+// and curves another side may still meet.
 #pragma once
 
 #include "support/geometry/shapes.h"
@@ -21,7 +22,7 @@ bool segments_intersection_point_2d(SEGMENT2 const &a, SEGMENT2 const &b, END_FL
                                     VECTOR2 &point, float epsilon);
 
 // Where the endless line through b meets that through a, as the parameter on a. False with t = 0 if they are exactly
-// parallel.
+// parallel. With a number missing t is NaN.
 bool line_parameter_2d(SEGMENT2 const &a, SEGMENT2 const &b, float &t);
 
 // Whether the segment meets the circle's line. A segment within the circle does not, nor does one of length 0.

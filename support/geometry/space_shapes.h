@@ -20,12 +20,14 @@ bool segment_sphere(SEGMENT3 const &segment, SPHERE const &sphere, END_FLAGS fla
 bool point_capsule(SEGMENT3 const &axis, VECTOR3 const &point, float radius, END_FLAGS flags);
 bool point_capsule(CAPSULE const &capsule, VECTOR3 const &point, END_FLAGS flags);
 
-// The point that the planes have in common. False, with the point at zero, if there is not exactly one.
+// The point that the planes have in common. False, with the point at zero, if there is not exactly one. With a number
+// missing it is NaN.
 bool three_planes(PLANE const &a, PLANE const &b, PLANE const &c, VECTOR3 &point);
 
 // The interval of parameters in which origin + t * direction is within w of the plane, where x, y, z of
 // `origin_and_half_thickness` are the origin and w is half the slab's thickness. A direction nearly parallel to the
-// plane gives 0 to 1e32, also on the far negative side; it is rejected only above the slab.
+// plane gives 0 to 1e32, also on the far negative side; it is rejected only above the slab. Nothing is rejected
+// because a number is missing.
 bool slab_interval(PLANE const &plane, VECTOR4 const &origin_and_half_thickness, VECTOR3 const &direction, float &t0,
                    float &t1);
 

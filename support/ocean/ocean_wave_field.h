@@ -36,13 +36,13 @@ struct SLOPE_ANGLES {
     std::uint16_t x = 0, y = 0;  // 65535 to the full turn, half a turn for the level
 };
 
-// What a kind of field is built with.
+// What a kind of field is built with. A loop has at least one frame.
 struct WAVE_FIELD_KIND {
     char const *name;
     std::uint32_t grid;  // a power of two, 16 or more
     float period;        // seconds of a loop
     float frames_per_second;
-    float size;  // metres of a tile
+    float size;  // metres of a tile, above 0
     bool crests_enabled, choppy;
 };
 

@@ -81,7 +81,8 @@ std::uint32_t parallel_for(INDEX_RANGE const &range, BODY const &body, bool inli
 
 // Halves [begin, end) until a part is no longer than `chunk`; `state.run(begin, end)` for each part, with copies of
 // `state` for the right halves, and `state.join(copy)` where halves meet. The order of joining follows from the range
-// and `chunk` alone: sums of floats are the same on each run. `grain` has no meaning of its own.
+// and `chunk` alone: sums of floats are the same on each run. A range with nothing in it is one part. `grain` has no
+// meaning of its own.
 template <class STATE>
 void parallel_reduce(std::uint32_t begin, std::uint32_t end, std::uint32_t grain, std::uint32_t chunk, STATE &state)
 {
