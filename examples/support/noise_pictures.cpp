@@ -1,6 +1,7 @@
 // noise_pictures FOLDER: the noises and the points of a disc as grey pictures (PGM), 512 by 512: noise.pgm (four cells
 // that repeat), fractal.pgm, eroded.pgm (octaves held back where it is steep), disc.pgm (1,500 points).
 
+#include "foundation/file.h"
 #include "foundation/finished_file.h"
 #include "support/numeric/disc_points.h"
 #include "support/numeric/gradient_noise.h"
@@ -87,7 +88,7 @@ int main(int count, char **arguments)
     FIELD const eroded = field_of([&](float x, float y) {
         return 2 * noise.fractal_noise_with_callback({3 * x, 3 * y, 0.3f}, 9, erosion);
     });
-    bool const written = write_picture(folder + "/noise.pgm", tiles()) &&
+    bool const written = KN::make_directories(folder) && write_picture(folder + "/noise.pgm", tiles()) &&
                          write_picture(folder + "/fractal.pgm", fractal) &&
                          write_picture(folder + "/eroded.pgm", eroded) && write_picture(folder + "/disc.pgm", disc());
     return written ? 0 : 1;

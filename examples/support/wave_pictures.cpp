@@ -1,5 +1,8 @@
-// A choppy sea in a loop of ten seconds. Into a folder: its file, a strip of instants two seconds apart, lit from the
-// upper left with crests in white, of which the last is the first again; and the slopes of one instant as colours.
+// wave_pictures FOLDER: a choppy sea in a loop of ten seconds: sea.waves (its file), sea_strip.tga (instants two
+// seconds apart, lit from the upper left with crests in white; the last is the first again), sea_slopes.tga (the slopes
+// of one instant as colours).
+
+#include "foundation/file.h"
 #include "support/image/typed_image.h"
 #include "support/ocean/ocean_wave_field.h"
 
@@ -54,6 +57,7 @@ int main(int count, char **arguments)
         return 2;
     }
     KN::String const folder = arguments[1];
+    KN::make_directories(folder);  // if that fails, so does what is written there
     KN::String const file = folder + "/sea.waves";
     WAVE_PARAMETERS const breeze = {1, 0.4f, 7, 3e-5f, 0};
     CREST_PARAMETERS const crests = {1, {}, 0, 0.3f, 0.08f};
