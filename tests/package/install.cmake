@@ -1,0 +1,3 @@
+# Installs BUILD into PREFIX and nothing else: what an earlier run left there is gone.
+file(REMOVE_RECURSE ${PREFIX})
+execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD} --prefix ${PREFIX} OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
