@@ -136,8 +136,6 @@ void VX2_PROCESSOR::add_database_actions(QString const &db_path, QString const &
         return;
     auto *const remove = new ACTION_REMOVE_RIGID_LODS(key, this);
     actions.append(remove);
-    if (actions[0] != remove) {
-        actions[0]->add_dependency(remove, false);
-        actions[0]->pull(remove);
-    }
+    actions[0]->add_dependency(remove, false);
+    actions[0]->pull(remove);
 }

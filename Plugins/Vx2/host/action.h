@@ -73,7 +73,7 @@ public:
     void add_host_dependency(ACTION_INTERFACE *other, bool flag);
     void host_pull(ACTION_INTERFACE *other);
 
-    // A error_text found while planning: the action will fail with this text instead of running. Texts add up.
+    // A fault found while planning: the action will fail with this text instead of running. Texts add up, a line each.
     void set_error(QString const &text);
 
     // For the thread that runs the action. Lines are kept with the action and shown when it has ended.
