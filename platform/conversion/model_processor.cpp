@@ -3,7 +3,6 @@
 
 #include "Plugins/Vx2/host/model_processor.h"
 
-#include "Plugins/Vx2/host/model_statistics.h"
 #include "Plugins/Vx2/host/paths.h"
 #include "Plugins/Vx2/host/uvw_test.h"
 #include "Plugins/Vx2/host/vex2_filter.h"
@@ -11,6 +10,7 @@
 #include "foundation/messages.h"
 #include "mesh/prepare.h"
 #include "platform/building/description_file.h"
+#include "platform/conversion/level_statistics.h"
 #include "platform/conversion/lighting_materials.h"
 #include "platform/conversion/mesh_source.h"
 #include "platform/conversion/model_levels.h"
@@ -23,7 +23,6 @@
 #include "scene/buffer.h"
 
 #include <algorithm>
-#include <set>
 
 using namespace VEX2_LOADER;
 
@@ -87,8 +86,6 @@ struct MODEL_PROCESSOR::STATE {
     bool take_levels(std::vector<MESH_SOURCE> const &meshes, MODEL_MESH_OPTIONS const &options, KN::String &error);
     void make_coarser_levels();
     void place_levels();
-    MODEL_LEVEL_STATISTICS statistics_of(std::size_t level);
-    void add_extras(std::vector<MODEL_LEVEL_STATISTICS> const &statistics);
     void add_textures(KN::String const &model_path, bool is_tree);
     void add_place(KN::String const &folder);
     std::vector<GLTF::GEOMETRY> finest_geometry();
@@ -206,54 +203,6 @@ void MODEL_PROCESSOR::STATE::place_levels()
     document.roots.push_back(int(first));
 }
 
-MODEL_LEVEL_STATISTICS MODEL_PROCESSOR::STATE::statistics_of(std::size_t level)
-{
-    MODEL_LEVEL_STATISTICS made;
-    if (level > 0 && level <= distances.size())
-        made.distance = distances[level - 1];
-    std::set<int> used_materials;
-    bool is_first = true;
-    for (MODEL_MESH const &mesh : levels[level]) {
-        ++made.meshes;
-        made.triangles += mesh.triangles;
-        made.vertices += mesh.vertices;
-        made.bytes += mesh.bytes;
-        if (mesh.is_skinned)
-            made.bones = std::uint32_t(skeleton.joint_count());
-        GLTF::MESH const &in_model = document.meshes[std::size_t(mesh.mesh)];
-        for (std::size_t i = 0; i < mesh.indices.size(); ++i) {
-            used_materials.insert(in_model.primitives[i].material);
-            float const *const positions = document.buffer.at<float>(in_model.primitives[i].attributes[0].second);
-            for (std::uint32_t const index : mesh.indices[i]) {
-                for (std::size_t axis = 0; axis < 3; ++axis) {
-                    float const value = positions[std::size_t(index) * 3 + axis];
-                    made.least[axis] = is_first ? value : std::min(made.least[axis], value);
-                    made.greatest[axis] = is_first ? value : std::max(made.greatest[axis], value);
-                }
-                is_first = false;
-            }
-        }
-    }
-    used_materials.erase(-1);
-    made.materials = std::uint32_t(used_materials.size());
-    return made;
-}
-
-void MODEL_PROCESSOR::STATE::add_extras(std::vector<MODEL_LEVEL_STATISTICS> const &statistics)
-{
-    std::vector<GLTF::VALUE> list;
-    for (MODEL_LEVEL_STATISTICS const &level : statistics)
-        list.push_back(GLTF::MEMBERS{{"distance", double(level.distance)},
-                                     {"meshes", int(level.meshes)},
-                                     {"triangles", double(level.triangles)},
-                                     {"vertices", double(level.vertices)},
-                                     {"materials", int(level.materials)},
-                                     {"bones", int(level.bones)}});
-    document.extras = {{"levels", std::move(list)}};
-    if (!skeleton_name.empty())
-        document.extras.emplace_back("skeleton", skeleton_name);
-}
-
 void MODEL_PROCESSOR::STATE::add_textures(KN::String const &model_path, bool is_tree)
 {
     PHYSICAL_PATH const physical(QString::fromUtf8(source.c_str()));
@@ -356,11 +305,16 @@ bool MODEL_PROCESSOR::load_from_vex2(VEX2 &scene, VEX2_FILTER const &filter, MOD
 
     std::vector<MODEL_LEVEL_STATISTICS> counts;
     for (std::size_t i = 0; i < state->levels.size(); ++i) {
-        counts.push_back(state->statistics_of(i));
+        MODEL_LEVEL_STATISTICS &counted = counts.emplace_back(
+            count_level(state->document, state->levels[i], std::uint32_t(state->skeleton.joint_count())));
+        if (i > 0 && i <= state->distances.size())
+            counted.distance = state->distances[i - 1];
         if (statistics)
-            statistics->add_level(counts.back());
+            statistics->add_level(counted);
     }
-    state->add_extras(counts);
+    state->document.extras = {{"levels", as_value(counts)}};
+    if (!state->skeleton_name.empty())
+        state->document.extras.emplace_back("skeleton", state->skeleton_name);
     return true;
 }
 
