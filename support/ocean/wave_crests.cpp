@@ -99,7 +99,7 @@ private:
     }
 
     std::uint32_t side;
-    std::vector<bool> held;
+    KN_STD::VECTOR<bool> held;
 };
 
 }  // namespace
