@@ -83,10 +83,6 @@ bool ACTION_MODEL::convert(PHYSICAL_PATH const &from, PHYSICAL_PATH const &to, R
     QString const folder = texture_folder.section('/', 1);
     statistics.set_texture_folder(wide(folder));
     add_output_line("Texture folder: " + folder);
-    if (("/" + folder + "/").contains(QLatin1String("/../"))) {
-        output_line("the texture folder '" + folder + "' lies outside the tree", 2);
-        return false;
-    }
 
     QString const lighting =
         PATHS::raw_data() + "/" + TOOLDATABUILDER::MODEL_PROCESSOR::get_lighting_materials_xml().c_str();

@@ -116,13 +116,13 @@ MODEL_MATERIAL take_material(VEX2_MATERIAL const &from, MATERIAL_OPTIONS const &
     return made;
 }
 
-GLTF::MATERIAL with_textures(MODEL_MATERIAL const &material, TEXTURE_FILES &files, KN::String const &target)
+GLTF::MATERIAL with_textures(MODEL_MATERIAL const &material, TEXTURE_FILES &files, KN::String const &folder)
 {
     GLTF::MATERIAL made = material.material;
     auto const use = [&](KN::String const &name, GLTF::TEXTURE &texture) {
         KN::String const file = name.empty() ? KN::String() : files.publish(name);
         if (!file.empty())
-            texture.uri = GLTF::encoded_uri(GLTF::relative_path(target, file));
+            texture.uri = GLTF::encoded_uri(GLTF::relative_path(folder + "/", file));
     };
     use(material.diffuse, made.diffuse);
     use(material.normal, made.normal);

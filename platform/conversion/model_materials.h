@@ -28,7 +28,8 @@ std::uint32_t uv_sets_of(MODEL_MATERIAL const &material);
 
 MODEL_MATERIAL take_material(VEX2_LOADER::VEX2_MATERIAL const &from, MATERIAL_OPTIONS const &options);
 
-// Publishes the pictures and names them relatively to the file `target`, absolute as the files are.
-GLTF::MATERIAL with_textures(MODEL_MATERIAL const &material, TEXTURE_FILES &files, KN::String const &target);
+// Publishes the pictures and names them relatively to `folder`, where the model is; absolute and tidy as that of the
+// published files.
+GLTF::MATERIAL with_textures(MODEL_MATERIAL const &material, TEXTURE_FILES &files, KN::String const &folder);
 
 }  // namespace TOOLDATABUILDER

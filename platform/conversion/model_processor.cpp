@@ -75,29 +75,38 @@ struct MODEL_PROCESSOR::STATE {
 
     // The model in the making.
     KN::String source;
+    KN::String working_root, textures;  // physical, of this source
     GLTF::DOCUMENT document;
     std::vector<MODEL_MATERIAL> materials;
     std::vector<std::vector<MODEL_MESH>> levels;  // the finest first
     MODEL_SKELETON skeleton;
 
-    void begin(KN::String const &scene_file);
+    bool begin(KN::String const &scene_file, KN::String &error);
     std::vector<int> take_materials(VEX2 const &scene, std::vector<MESH_SOURCE> const &meshes,
                                     MATERIAL_OPTIONS const &options);
     bool take_levels(std::vector<MESH_SOURCE> const &meshes, MODEL_MESH_OPTIONS const &options, KN::String &error);
     void make_coarser_levels();
     void place_levels();
-    void add_textures(KN::String const &model_path, bool is_tree);
-    void add_place(KN::String const &folder);
+    void add_textures(KN::String const &model_folder, bool is_tree);
+    void add_place(KN::String const &model_folder);
     std::vector<GLTF::GEOMETRY> finest_geometry();
 };
 
-void MODEL_PROCESSOR::STATE::begin(KN::String const &scene_file)
+bool MODEL_PROCESSOR::STATE::begin(KN::String const &scene_file, KN::String &error)
 {
     source = scene_file;
     document = {};
     materials.clear();
     levels.clear();
     skeleton = {};
+
+    PHYSICAL_PATH const physical(QString::fromUtf8(source.c_str()));
+    working_root = tidy_folder(PATHS::target_working_data(physical).toStdString());
+    textures = tidy_folder(working_root + "/" + texture_folder);
+    if ((textures + "/").starts_with(working_root + "/"))
+        return true;
+    error = "the texture folder '" + texture_folder + "' lies outside the tree";
+    return false;
 }
 
 // Gives, for each material of the scene, its number in the model; -1 where no mesh uses it.
@@ -203,27 +212,24 @@ void MODEL_PROCESSOR::STATE::place_levels()
     document.roots.push_back(int(first));
 }
 
-void MODEL_PROCESSOR::STATE::add_textures(KN::String const &model_path, bool is_tree)
+void MODEL_PROCESSOR::STATE::add_textures(KN::String const &model_folder, bool is_tree)
 {
-    PHYSICAL_PATH const physical(QString::fromUtf8(source.c_str()));
-    KN::String const raw(PATHS::raw_data().toStdString());
-    KN::String const working(PATHS::target_working_data(physical).toStdString());
-    KN::String const folder = texture_folder.empty() ? folder_of(model_path) : working + "/" + texture_folder;
-    TEXTURE_FILES files(folder_of(source), raw, folder);
+    TEXTURE_FILES files(folder_of(source), PATHS::raw_data().toStdString(),
+                        texture_folder.empty() ? model_folder : textures);
     for (MODEL_MATERIAL const &material : materials) {
-        document.materials.push_back(with_textures(material, files, model_path));
+        document.materials.push_back(with_textures(material, files, model_folder));
         if (is_tree)
             files.publish_seasons(material.diffuse);
     }
 }
 
 // So that the textures are found while the model stands elsewhere.
-void MODEL_PROCESSOR::STATE::add_place(KN::String const &folder)
+void MODEL_PROCESSOR::STATE::add_place(KN::String const &model_folder)
 {
-    PHYSICAL_PATH const physical(QString::fromUtf8(source.c_str()));
-    KN::String const working(PATHS::target_working_data(physical).toStdString() + "/");
-    if (folder.starts_with(working))
-        document.extras.emplace_back("place", folder.substr(working.size()));
+    if (model_folder == working_root)
+        document.extras.emplace_back("place", ".");
+    else if (model_folder.starts_with(working_root + "/"))
+        document.extras.emplace_back("place", model_folder.substr(working_root.size() + 1));
 }
 
 std::vector<GLTF::GEOMETRY> MODEL_PROCESSOR::STATE::finest_geometry()
@@ -272,7 +278,9 @@ bool MODEL_PROCESSOR::open_vex2(KN::String const &source, MODEL_STATISTICS_INTER
 bool MODEL_PROCESSOR::load_from_vex2(VEX2 &scene, VEX2_FILTER const &filter, MODEL_STATISTICS_INTERFACE *statistics,
                                      KN::String const &source, bool debug)
 {
-    state->begin(source);
+    KN::String error;
+    if (!state->begin(source, error))
+        return fail(error);
     std::vector<VEX2_MESH const *> const taken = filtered_meshes(scene, filter);
     std::vector<MESH_SOURCE> meshes;
     meshes.reserve(taken.size());
@@ -290,7 +298,6 @@ bool MODEL_PROCESSOR::load_from_vex2(VEX2 &scene, VEX2_FILTER const &filter, MOD
     state->skeleton.number_joints();
     state->document.buffer.reserve(size);
 
-    KN::String error;
     auto const lighting = read_lighting_materials(state->lighting_file);
     std::vector<int> const numbers =
         state->take_materials(scene, meshes, {disable_alpha_test, tree, !without_side_files, &lighting});
@@ -338,9 +345,10 @@ bool MODEL_PROCESSOR::write(KN::String const &model_file, MODEL_STATISTICS_INTER
             return fail(error.empty() ? path + ": its folder cannot be made" : error);
     }
 
-    state->add_textures(final_target.empty() ? model_file : final_target, tree);
+    KN::String const model_folder = tidy_folder(folder_of(final_target.empty() ? model_file : final_target));
+    state->add_textures(model_folder, tree);
     if (!final_target.empty())
-        state->add_place(folder_of(final_target));
+        state->add_place(model_folder);
     std::uint64_t size = 0;
     bool const written = GLTF::write_glb(state->document, model_file, error, &size);
     state->levels.clear();  // the document is used up

@@ -7,6 +7,7 @@
 #include "platform/texture/tga.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <mutex>
 #include <stb/stb_image_write.h>
 
@@ -79,6 +80,13 @@ bool as_png(KN::String &bytes, KN::String &error)
 }
 
 }  // namespace
+
+KN::String tidy_folder(KN::String const &folder)
+{
+    KN::String tidy = (std::filesystem::path(std::string(KN::disk_path(folder))) / "").lexically_normal().string();
+    tidy.pop_back();  // the slash that the empty section stands for
+    return tidy;
+}
 
 TEXTURE_FILES::TEXTURE_FILES(KN::String scenes, KN::String raw, KN::String textures)
     : scene_folder(std::move(scenes)), raw_root(std::move(raw)), texture_folder(std::move(textures))

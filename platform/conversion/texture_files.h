@@ -7,6 +7,9 @@
 
 namespace TOOLDATABUILDER {
 
+// With single slashes between the sections, none at the end, and "." and ".." worked out.
+KN::String tidy_folder(KN::String const &folder);
+
 class TEXTURE_FILES {
 public:
     // Absolute folders: where pictures are looked for, in this order, and where they are published.

@@ -19,9 +19,9 @@ class VEX2_FILTER;
 
 class CONVERSION_API MODEL_PROCESSOR {
 public:
-    // `texture_folder`: below the working root, without slashes at its ends. `animation_type`: the skeleton's name, if
-    // there is one. `single_lod`: everything is one level, whatever names say. `lighting_materials`: a file that may be
-    // absent. `distances`: metres from which the coarser levels are shown. `qualities`: percentages of triangles for
+    // `texture_folder`: below the working root; empty: the model's own folder. `animation_type`: the skeleton's name,
+    // if there is one. `single_lod`: everything is one level, whatever names say. `lighting_materials`: a file that may
+    // be absent. `distances`: metres from which the coarser levels are shown. `qualities`: percentages of triangles for
     // coarser levels, for models that bring none.
     MODEL_PROCESSOR(KN::String const &texture_folder, bool has_animation_type, KN::String const &animation_type,
                     bool single_lod, KN::String const &lighting_materials, KN_STD::VECTOR<float> const &distances,
@@ -46,8 +46,8 @@ public:
     // TECH.
     bool open_vex2(KN::String const &source, MODEL_STATISTICS_INTERFACE *statistics, bool debug);
     // Takes the meshes that the filter answers true for, as they are at the scene's current time. The scene is not
-    // changed and not needed afterwards. `source`: the scene's file, beside which textures are looked for. `debug`: a
-    // line a mesh says what was taken.
+    // changed and not needed afterwards. A texture folder that leads out of the working root is refused here. `source`:
+    // the scene's file, beside which textures are looked for. `debug`: a line a mesh says what was taken.
     bool load_from_vex2(VEX2_LOADER::VEX2 &scene, VEX2_FILTER const &filter, MODEL_STATISTICS_INTERFACE *statistics,
                         KN::String const &source, bool debug);
     // Writes the model, its textures into the texture folder, the description if one is named, and, if the target's

@@ -111,14 +111,15 @@ struct SETTINGS {
     KN_STD::VECTOR<unsigned char> qualities;
     bool all_influences = false;
     KN::String description;
+    KN::String textures = "textures";
 };
 
 // Converts everything in the scene to working_data/models/`name`; true if that worked.
 inline bool convert(VEX2 &scene, TREE const &tree, std::string const &name, SETTINGS const &settings = {},
                     MODEL_STATISTICS *statistics = nullptr)
 {
-    MODEL_PROCESSOR processor("textures", false, "", settings.single_lod, tree.at("raw_data/absent.xml"), {25, 50},
-                              settings.qualities);
+    MODEL_PROCESSOR processor(settings.textures, false, "", settings.single_lod, tree.at("raw_data/absent.xml"),
+                              {25, 50}, settings.qualities);
     processor.target = tree.at("working_data/" + name);
     processor.variable_bones_per_vert = settings.all_influences;
     processor.description_file = settings.description;

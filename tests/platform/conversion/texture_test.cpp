@@ -31,12 +31,13 @@ std::string tga(int type, int bits, int origin, std::initializer_list<unsigned c
 
 std::string uri_of(MODEL const &model) { return model.json["images"][0]["uri"]; }
 
-bool convert_with(TREE const &tree, char16_t const *picture)
+bool convert_with(TREE const &tree, char16_t const *picture, std::string const &model = "models/painted",
+                  SETTINGS const &settings = {})
 {
     VEX2 scene;
     add_material(scene, u"paint", picture);
     scene.static_meshes.append(sheet<VEX2_STATIC_MESH>(u"sheet", 1));
-    return convert(scene, tree, "models/painted");
+    return convert(scene, tree, model, settings);
 }
 
 }  // namespace
@@ -100,6 +101,36 @@ TEST(Textures, AreFoundBesideTheSceneAndBelowTheRawRootOnly)
         ASSERT_TRUE(convert_with(tree, c.name ? c.name : whole.c_str()));
         EXPECT_EQ(MODEL(tree, "models/painted").json.contains("images"), c.found);
         EXPECT_EQ(lines.of_level[1].size(), c.found ? 0u : 1u);
+    }
+}
+
+TEST(Textures, StayInTheirFolderBelowTheWorkingRoot)
+{
+    struct {
+        char const *folder, *model, *uri;  // no URI: refused
+    } const cases[] = {
+        {"/textures/", "models/painted", "../textures/paint.png"},
+        {"textures\\..\\a//b", "models/painted", "../a/b/paint.png"},
+        {"textures", "/painted", "textures/paint.png"},
+        {"/", "models/painted", "../paint.png"},
+        {"", "/models//painted", "paint.png"},
+        {"../textures", "models/painted", nullptr},
+        {"a\\..\\..", "models/painted", nullptr},
+    };
+    for (auto const &c : cases) {
+        SCOPED_TRACE(c.folder);
+        TREE const tree;
+        LINES lines;
+        tree.put("raw_data/props/paint.tga", tga(2, 24, 0, {red, red, red, red}, false));
+        ASSERT_EQ(convert_with(tree, u"paint.tga", c.model, {false, {}, false, "", c.folder}), c.uri != nullptr);
+        if (c.uri != nullptr) {
+            EXPECT_EQ(uri_of(MODEL(tree, c.model)), c.uri);
+            std::string const folder = std::filesystem::path(c.model).parent_path().string();
+            EXPECT_TRUE(tree.holds("working_data/" + folder + "/" + c.uri));
+        } else {
+            EXPECT_EQ(lines.of_level[2], std::vector<std::string>{std::string("the texture folder '") + c.folder +
+                                                                  "' lies outside the tree"});
+        }
     }
 }
 
