@@ -17,11 +17,11 @@ namespace {
 constexpr std::uint32_t last_file_version = 100, last_stream_version = 10000;
 
 // The two sources of records.
-class FILE_SOURCE {
+class RECORD_FILE {
 public:
     static constexpr std::uint32_t last_version = last_file_version;
 
-    explicit FILE_SOURCE(KN::FileIn &given) : file(given) {}
+    explicit RECORD_FILE(KN::FileIn &given) : file(given) {}
 
     unsigned read(void *target, unsigned size) { return file.read(target, size); }
     void step_back(unsigned size)
@@ -41,11 +41,11 @@ private:
     KN::FileIn &file;
 };
 
-class STREAM_SOURCE {
+class RECORD_STREAM {
 public:
     static constexpr std::uint32_t last_version = last_stream_version;
 
-    explicit STREAM_SOURCE(KN::BufferedStream &given) : stream(given) {}
+    explicit RECORD_STREAM(KN::BufferedStream &given) : stream(given) {}
 
     unsigned read(void *target, unsigned size) { return stream.read(target, size); }
     void step_back(unsigned size) { stream.skip_back(size); }
@@ -249,9 +249,9 @@ void clamp_times(METADATA_RECORD &record)
 
 }  // namespace
 
-void METADATA_RECORD::read(KN::FileIn &file) { read_head(FILE_SOURCE(file), *this); }
+void METADATA_RECORD::read(KN::FileIn &file) { read_head(RECORD_FILE(file), *this); }
 
-void METADATA_RECORD::read(KN::BufferedStream &stream) { read_head(STREAM_SOURCE(stream), *this); }
+void METADATA_RECORD::read(KN::BufferedStream &stream) { read_head(RECORD_STREAM(stream), *this); }
 
 void METADATA_RECORD::write(KN::FileOut &file) const
 {
@@ -277,7 +277,7 @@ void METADATA_LAYOUT<LAYOUT>::read(KN::FileIn &file)
 {
     METADATA_RECORD::read(file);
     LAYOUT &record = static_cast<LAYOUT &>(*this);
-    read_fields(FILE_SOURCE(file), record);
+    read_fields(RECORD_FILE(file), record);
     record.settle_after_reading();
 }
 
@@ -286,7 +286,7 @@ void METADATA_LAYOUT<LAYOUT>::read(KN::BufferedStream &stream)
 {
     METADATA_RECORD::read(stream);
     LAYOUT &record = static_cast<LAYOUT &>(*this);
-    read_fields(STREAM_SOURCE(stream), record);
+    read_fields(RECORD_STREAM(stream), record);
     record.settle_after_reading();
 }
 
