@@ -94,6 +94,18 @@ public:
             grow(wanted);
     }
 
+    // The same for what a file asks for: false, with the array as it was, where the memory cannot be had.
+    bool try_reserve(unsigned wanted)
+    {
+        if (wanted <= capacity || wanted <= count)
+            return true;
+        T *const room = static_cast<T *>(try_malloc(std::size_t(wanted) * sizeof(T), alignof(T)));
+        if (room == nullptr)
+            return false;
+        move_to(room, wanted);
+        return true;
+    }
+
     // New elements are value-initialised.
     void resize(unsigned wanted)
     {
@@ -165,9 +177,9 @@ private:
         else
             return static_cast<T *>(custom_malloc(bytes, HEAP_GENERAL));
     }
-    void grow(unsigned wanted)
+    void grow(unsigned wanted) { move_to(allocate(wanted), wanted); }
+    void move_to(T *grown, unsigned wanted)
     {
-        T *const grown = allocate(wanted);
         if constexpr (std::is_trivially_copyable_v<T>) {
             if (count != 0)
                 std::memcpy(static_cast<void *>(grown), data, std::size_t(count) * sizeof(T));

@@ -152,11 +152,13 @@ void *custom_malloc(std::size_t size, int heap)
 
 void *malloc_aligned(std::size_t size, std::size_t alignment)
 {
-    void *const block = allocate_aligned(size, alignment);
+    void *const block = try_malloc(size, alignment);
     if (block == nullptr)
         out_of_memory(size);
     return block;
 }
+
+void *try_malloc(std::size_t size, std::size_t alignment) { return allocate_aligned(size, alignment); }
 
 void custom_free(void *block)
 {

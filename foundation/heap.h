@@ -3,7 +3,7 @@
 // delete, on heap 0 (not in sanitizer builds, where the sanitizer's own stand).
 //
 // Thread rules: every call may be made from any thread; a block may be freed on another thread than it was made on.
-// Out of memory: the process ends with a line on standard error; no call here returns null.
+// Out of memory: the process ends with a line on standard error; only try_malloc returns null.
 #pragma once
 
 #include "foundation/api.h"
@@ -21,7 +21,10 @@ FOUNDATION_API void *custom_malloc(std::size_t size, int heap);
 // The same on heap 0, aligned to `alignment`: a power of two.
 FOUNDATION_API void *malloc_aligned(std::size_t size, std::size_t alignment);
 
-// Takes back a block of either call; null is allowed.
+// The same for what a file asks for: null where the memory cannot be had.
+FOUNDATION_API void *try_malloc(std::size_t size, std::size_t alignment);
+
+// Takes back a block of any of these calls; null is allowed.
 FOUNDATION_API void custom_free(void *block);
 
 namespace MEMORY_TRACKING {

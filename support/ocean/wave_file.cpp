@@ -138,6 +138,10 @@ private:
         while (good && array.count < count) {
             std::uint32_t const first = array.count;
             std::uint32_t const wanted = std::min(count - first, std::clamp(first, piece, largest_piece));
+            if (!array.try_reserve(first + wanted)) {
+                good = false;
+                return;
+            }
             array.resize(first + wanted);
             unsigned const bytes = wanted * unsigned(sizeof(T));
             good = source.read(array.data + first, bytes) == bytes;

@@ -5,6 +5,9 @@
 
 #include <fstream>
 #include <limits>
+#include <malloc.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 using namespace SUPPORT;
 
@@ -119,3 +122,31 @@ TEST(OceanSimulation, FieldsAreLoadedEachForItself)
             EXPECT_NEAR(simulation.surface_height(start, start, {1, 5, 0}, 0), has_sea && has_swell ? 20 : 0, 1e-4);
         }
 }
+
+#if !defined(__SANITIZE_ADDRESS__)  // which takes more address space than any limit leaves
+TEST(OceanSimulation, AFieldWhoseMemoryCannotBeHadIsAbsent)
+{
+    constexpr std::uint32_t side = 2048;
+    BYTES const header = made_header(1).replace(8, 4, u32(side));
+    BYTES const large = header + plane(side, BYTES(side * side, 0)) + plane(side, BYTES(2 * side * side, 0)) +
+                        plane(0, {}) + u32(0) + u32(0);
+    BYTES const small = made_file();
+    auto const load = [&] {
+        KN::BufferedMemory sea(large.data(), large.size()), swell(small.data(), small.size());
+        return std::make_unique<OCEAN_SIMULATION>(OCEAN_SETTINGS(), sea, swell);
+    };
+    EXPECT_NE(load()->sea, nullptr);
+
+    malloc_trim(0);
+    rlim_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    rlimit before;
+    ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
+    rlimit const tight = {pages * rlim_t(sysconf(_SC_PAGESIZE)) + large.size() / 2, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &tight), 0);
+    auto const simulation = load();
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &before), 0);
+    EXPECT_EQ(simulation->sea, nullptr);
+    EXPECT_NE(simulation->swell, nullptr);
+}
+#endif
