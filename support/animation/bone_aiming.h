@@ -20,7 +20,7 @@ struct BONE_AIM {
 
 struct AIM_LIMITS {
     std::uint8_t limited = 0;  // 1: there are limits; any other value: none
-    float min_angle = 0;
+    float min_angle = 0;       // of the turn away from the reference, whichever way: 0 to 2 pi
     float max_angle = 0;
 };
 
