@@ -167,7 +167,7 @@ unsigned FileIn::read_at(unsigned place, void *target, unsigned size) const
 
 unsigned FileIn::tell() const { return handle < 0 ? 0 : unsigned(::lseek(handle, 0, SEEK_CUR)); }
 
-void FileIn::seek(int position)
+void FileIn::seek(std::int64_t position)
 {
     if (handle < 0 || ::lseek(handle, position, position < 0 ? SEEK_END : SEEK_SET) < 0)
         error = handle < 0 ? EBADF : errno;
@@ -217,9 +217,9 @@ unsigned MemFileIn::read(void *target, unsigned size)
     return moved;
 }
 
-void MemFileIn::seek(int target)
+void MemFileIn::seek(std::int64_t target)
 {
-    std::int64_t const place = target < 0 ? std::int64_t(file_size) + target : target;
+    std::int64_t const place = target < 0 ? file_size + target : target;
     if (place < 0 || place > file_size)
         error = EINVAL;
     else
@@ -253,7 +253,7 @@ unsigned FileOut::tell() const
     return stream == nullptr ? 0 : unsigned(std::ftell(static_cast<std::FILE *>(stream)));
 }
 
-void FileOut::seek(int position)
+void FileOut::seek(std::int64_t position)
 {
     if (stream == nullptr ||
         std::fseek(static_cast<std::FILE *>(stream), position, position < 0 ? SEEK_END : SEEK_SET) != 0)

@@ -53,7 +53,7 @@ public:
     // once.
     unsigned read_at(unsigned place, void *target, unsigned size) const;
     unsigned tell() const;
-    void seek(int position);  // a negative position counts from the end
+    void seek(std::int64_t position);  // a negative position counts from the end
     void close();
 
 private:
@@ -78,7 +78,7 @@ public:
     unsigned size() const { return file_size; }
     unsigned read(void *target, unsigned size);
     unsigned tell() const { return position; }
-    void seek(int target);
+    void seek(std::int64_t target);
     // The whole file, until it is opened anew.
     unsigned char const *data() const { return bytes; }
 
@@ -105,7 +105,7 @@ public:
     int status() const { return error; }
     unsigned write(void const *source, unsigned size);  // the number of bytes moved
     unsigned tell() const;
-    void seek(int position);  // a negative position counts from the end
+    void seek(std::int64_t position);  // a negative position counts from the end
     // Hands buffered bytes to the system and closes; status() tells whether all of it worked.
     bool close();
 

@@ -85,9 +85,9 @@ bool VEX2_CHUNK_WRITER::overwrite(std::uint32_t at, std::uint32_t value)
     }
     if (!flush())
         return false;
-    file->seek(int(at));
+    file->seek(at);
     good = file->write(&value, sizeof value) == sizeof value;
-    file->seek(int(flushed));
+    file->seek(flushed);
     return good;
 }
 

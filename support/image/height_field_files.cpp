@@ -119,7 +119,7 @@ bool read_dds_file(HEIGHT_FIELD &field, FILE &file)
     if (count == 0 || count > (file.size() - begin) / sizeof(std::uint16_t))
         return false;
     field.resize(columns, rows);
-    file.seek(int(begin + count * sizeof(std::uint16_t)));
+    file.seek(std::int64_t(begin + count * sizeof(std::uint16_t)));
     return read_all(field, file, {&begin, rows});
 }
 

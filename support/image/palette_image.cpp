@@ -58,7 +58,7 @@ void PALETTE_IMAGE::read(KN::MemFileIn &file)
             return;
         }
     }
-    file.seek(int(start));
+    file.seek(start);
 }
 
 bool PALETTE_IMAGE::write(KN::String const &path) const

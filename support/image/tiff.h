@@ -3,8 +3,8 @@
 //
 // A directory is a count and as many entries of tag, type, count and value; it stands behind the 8 bytes of the header
 // here, and anywhere in files of others. What is read of it: sides, bits, compression, kind of colour, strips. The
-// header's mark is not looked at. Nothing in a file is trusted: what it counts or points at must lie inside it, its
-// first 2 GiB for what is pointed at, or the reading fails.
+// header's mark is not looked at. Nothing in a file is trusted: what it counts or points at must lie inside it, or the
+// reading fails.
 #pragma once
 
 #include "foundation/dynamic_array.h"

@@ -4,7 +4,6 @@
 #include "support/image/tiff_tags.h"
 
 #include <algorithm>
-#include <limits>
 
 namespace SUPPORT {
 
@@ -14,9 +13,9 @@ namespace {
 template <class FILE>
 bool find(FILE &file, std::uint32_t offset, std::uint64_t size)
 {
-    if (offset > std::uint32_t(std::numeric_limits<int>::max()) || offset + size > file.size())
+    if (offset + size > file.size())
         return false;
-    file.seek(int(offset));
+    file.seek(offset);
     return true;
 }
 
@@ -79,7 +78,7 @@ public:
                 std::memcpy(&value, &bytes[i * size], size);
                 values[i] = VALUE(value);
             }
-            file.seek(int(end));
+            file.seek(end);
         }
         return true;
     }

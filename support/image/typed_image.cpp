@@ -45,7 +45,7 @@ void TYPED_IMAGE<FORMAT>::read_tga(KN::MemFileIn &file)
             return;
         free();
     }
-    file.seek(int(start));
+    file.seek(start);
 }
 
 template <unsigned FORMAT>

@@ -211,6 +211,27 @@ TEST(HeightField, LargeFilesComeBackFromMemoryAndDisk)
     }
 }
 
+// A file with a hole, of which the disk holds only both ends.
+TEST(HeightField, SamplesBehindTwoGigabytes)
+{
+    FOLDER const folder;
+    constexpr std::uint32_t far = 0xa0000000u;
+    HEIGHT_FIELD const field = field_of(2, 2, {0, 0.25f, 0.5f, 1});
+    ASSERT_TRUE(field.write_tiff(folder.at("a.tif"), &zero, &one));
+    std::string bytes = folder.bytes("a.tif");
+    std::string const samples = bytes.substr(bytes.size() - 8);
+    bytes.replace(bytes.find(u16(273) + u16(4)) + 8, 4, u32(far));
+    std::ofstream(folder.path / "a.tif", std::ios::binary).write(bytes.data(), std::streamsize(bytes.size())).seekp(far)
+        << samples;
+    KN::FileIn file;
+    HEIGHT_FIELD read;
+    ASSERT_TRUE(file.open(folder.at("a.tif"), true) && file.size() == far + 8 && read.read_tiff(file));
+    for (unsigned i = 0; i < 4; ++i)
+        EXPECT_NEAR(read.values[i], field.values[i], 1.6e-5f) << i;
+    file.seek(far + 6);
+    EXPECT_EQ(file.tell(), far + 6);
+}
+
 TEST(HeightField, HalfSize)
 {
     HEIGHT_FIELD field = field_of(4, 3, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}), half;
