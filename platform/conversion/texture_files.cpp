@@ -150,6 +150,11 @@ KN::String TEXTURE_FILES::make(KN::String const &name)
     KN::String standing;
     if (read_file(target, standing) && standing == bytes)
         return target;
+    if (std::ranges::any_of(published, [&](auto const &other) { return other.second == target; })) {
+        KN::message(KN::MESSAGE_WARNING, path + ": another picture of this model is published as " + target +
+                                             " already, give one of them another name; the material goes without it");
+        return {};
+    }
     if (!KN::make_directories(texture_folder) || !KN::write_finished_file(target, bytes, error)) {
         KN::message(KN::MESSAGE_WARNING, target + ": cannot be written; the material goes without it");
         return {};

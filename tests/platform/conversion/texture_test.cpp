@@ -159,6 +159,31 @@ TEST(Textures, APublishedPictureIsWrittenOnceAndDamagedOnesNever)
     EXPECT_EQ(lines.of_level[1].size(), 4u);
 }
 
+TEST(Textures, OfDifferentPicturesThatShareAStemTheFirstStays)
+{
+    TREE const tree;
+    LINES lines;
+    std::string const first = tga(2, 24, 0, {red, red, red, red}, false);
+    tree.put("raw_data/props/paint.tga", first);
+    for (auto const &[folder, bytes] :
+         {std::pair("same", first), {"other", tga(2, 24, 0, {red, red, red, blue}, false)}}) {
+        std::filesystem::create_directories(tree.folder / "raw_data/props" / folder);
+        tree.put("raw_data/props/" + std::string(folder) + "/paint.tga", bytes);
+    }
+    VEX2 scene;
+    char16_t const *const pictures[] = {u"paint.tga", u"same/paint.tga", u"other/paint.tga"};
+    for (int i = 0; i < 3; ++i) {
+        add_material(scene, u"paint", pictures[i]);
+        scene.static_meshes.append(sheet<VEX2_STATIC_MESH>(u"sheet", 1, i));
+    }
+    ASSERT_TRUE(convert(scene, tree, "models/painted"));
+    auto const materials = MODEL(tree, "models/painted").json["materials"];
+    EXPECT_TRUE(materials[0]["pbrMetallicRoughness"].contains("baseColorTexture"));
+    EXPECT_TRUE(materials[1]["pbrMetallicRoughness"].contains("baseColorTexture"));
+    EXPECT_FALSE(materials[2]["pbrMetallicRoughness"].contains("baseColorTexture"));
+    EXPECT_EQ(lines.of_level[1].size(), 1u);
+}
+
 TEST(Uris, LeadFromFileToFile)
 {
     struct {
