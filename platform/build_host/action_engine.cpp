@@ -36,8 +36,8 @@ ACTION_INTERFACE::STATUS ACTION_INIT_KESTREL::run(FILE_TABLE const &, RULE_CACHE
 ACTION_CLEANUP_KESTREL::ACTION_CLEANUP_KESTREL(ACTION_INIT_KESTREL *started_by, PROCESSOR_INTERFACE *planned_by)
     : ACTION_INTERFACE(planned_by), init(started_by)
 {
-    add_dependency(init, false);
-    init->pull(this);
+    add_host_dependency(init, false);
+    init->host_pull(this);
 }
 
 QString ACTION_CLEANUP_KESTREL::get_name(bool) const { return QStringLiteral("Stop engine"); }
