@@ -66,10 +66,9 @@ QString tidy(QString const &path)
     return turned;
 }
 
-// Without slashes at both ends, backslashes turned.
-QString inner_path(QString text)
+// Without slashes at both ends.
+QString inner_path(QString const &text)
 {
-    text.replace(QLatin1Char('\\'), QLatin1Char('/'));
     int first = 0, last = text.size();
     while (first < last && text[first] == QLatin1Char('/'))
         ++first;
@@ -118,13 +117,12 @@ QString PATHS::relative_target_path_from_rule_path(RULE const &rule, QString con
     if (!given || value.isNull())
         return {};
 
-    QString const text = value.toString();
-    QString const working = QStringLiteral("<working>/");
-    if (text == QLatin1String("<working>"))
-        return {};
-    if (text.startsWith(working))
+    QString text = value.toString();
+    text.replace(QLatin1Char('\\'), QLatin1Char('/'));
+    QString const working = QStringLiteral("<working>");
+    if (lies_below(text, working))
         return inner_path(text.mid(working.size()));
-    if (text.startsWith(QLatin1Char('/')) || text.startsWith(QLatin1Char('\\')))
+    if (text.startsWith(QLatin1Char('/')))
         return inner_path(text);
 
     QString const folder = logical.left(logical.lastIndexOf(QLatin1Char('/')));

@@ -47,6 +47,7 @@ TEST(Paths, TargetFolderFromRule)
         {"props", "'models\\old'", "<raw>/props/huts/hut.vx2", "models/old/huts"},
         {"props", "'/models'", "<raw>/props/huts/hut.vx2", "models"},
         {"props", "'<working>/models/'", "<raw>/props/huts/hut.vx2", "models"},
+        {"props", "'<working>\\models\\old'", "<raw>/props/huts/hut.vx2", "models/old"},
         {"props", "'<working>'", "<raw>/props/huts/hut.vx2", ""},
         {"props", "''", "<raw>/props/huts/hut.vx2", "huts"},
         {"props", "{ null = true }", "<raw>/props/huts/hut.vx2", ""},
