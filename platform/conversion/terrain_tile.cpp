@@ -93,14 +93,17 @@ void raise_triangle(float const *a, float const *b, float const *c, GRID &grid)
     }
 }
 
-// Ring by ring outwards, the samples that have no height take the mean of their neighbours that have one.
-void fill_holes(GRID &grid)
+// Ring by ring outwards, the samples that have no height take the mean of their neighbours that have one. False if none
+// has.
+bool fill_holes(GRID &grid)
 {
     std::vector<std::size_t> empty;
     for (std::size_t i = 0; i < grid.values.size(); ++i)
         if (grid.values[i] == nothing)
             empty.push_back(i);
-    while (!empty.empty() && empty.size() < grid.values.size()) {
+    if (empty.size() == grid.values.size())
+        return false;
+    while (!empty.empty()) {
         std::vector<std::pair<std::size_t, float>> filled;
         std::vector<std::size_t> left;
         for (std::size_t const i : empty) {
@@ -123,6 +126,7 @@ void fill_holes(GRID &grid)
             grid.values[i] = height;
         empty.swap(left);
     }
+    return true;
 }
 
 // Per cell the greatest departure of a vertex from the map between its four samples.
@@ -223,9 +227,10 @@ bool write_outlines(std::vector<GLTF::GEOMETRY> const &meshes, KN::String const 
 
 bool write_terrain_tile(std::vector<GLTF::GEOMETRY> const &meshes, KN::String const &folder, KN::String &error)
 {
+    KN::String const no_ground = folder + ": the terrain tile has no extent seen from above";
     GRID heights;
     if (!lay_grid(meshes, heights)) {
-        error = folder + ": the terrain tile has no extent seen from above";
+        error = no_ground;
         return false;
     }
     for (GLTF::GEOMETRY const &mesh : meshes)
@@ -236,7 +241,10 @@ bool write_terrain_tile(std::vector<GLTF::GEOMETRY> const &meshes, KN::String co
             }
             raise_triangle(corner(mesh, i), corner(mesh, i + 1), corner(mesh, i + 2), heights);
         }
-    fill_holes(heights);
+    if (!fill_holes(heights)) {
+        error = no_ground;
+        return false;
+    }
     return write_grid(heights, folder + "/hf_height_map.data", error) &&
            write_grid(departures(meshes, heights), folder + "/hf_height_map_mesh_delta.data", error) &&
            write_outlines(meshes, folder + "/terrain_outlines.xml", error);

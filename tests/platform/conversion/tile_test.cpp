@@ -53,3 +53,20 @@ TEST(Tile, HeightsDeltasAndOutlinesFollowTheMesh)
     auto const deltas = samples(tree.get("working_data/tiles/hf_height_map_mesh_delta.data"), side - 1);
     EXPECT_GT(*std::max_element(deltas.begin(), deltas.end()), 0.1f);
 }
+
+// A wall across the diagonal and one along an axis.
+TEST(Tile, WallsAreNoGround)
+{
+    for (float const depth : {1.0f, 0.0f}) {
+        TREE const tree;
+        LINES lines;
+        VEX2 scene;
+        VEX2_STATIC_MESH *const wall = sheet<VEX2_STATIC_MESH>(u"wall", 1);
+        for (VEX2_VERTEX &vertex : wall->vertices)
+            vertex.position = {vertex.position.x, vertex.position.z, vertex.position.x * depth};
+        scene.static_meshes.append(wall);
+        EXPECT_FALSE(convert(scene, tree, "tiles/wall"));
+        EXPECT_THAT(lines.of_level[2], testing::ElementsAre(testing::HasSubstr("no extent seen from above")));
+        EXPECT_FALSE(tree.holds("working_data/tiles/hf_height_map.data"));
+    }
+}
