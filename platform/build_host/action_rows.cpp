@@ -94,7 +94,7 @@ ACTION_INTERFACE::STATUS ACTION_REMOVE_FROM_DB::run(FILE_TABLE const &, RULE_CAC
         output_line(QStringLiteral("rows of '%1' stay").arg(key), 2);
         return FAILED;
     }
-    if (is_exporting)
+    if (is_exporting && store)
         for (QString const &table : exported_tables)
             store->want_export(table, true);
     return get_status_by_output();

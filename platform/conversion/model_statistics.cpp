@@ -30,7 +30,6 @@ bool MODEL_STATISTICS::save(KN::String const &target) const
     }
     text += "</model_statistics>\n";
     KN::String error;
-    // The target's name on disk is the UTF-8 of what its Latin-1 bytes stand for.
     KN::String const path = KN::disk_path(KN::must_fix_string_widen(target)) + ".model_statistics";
     return KN::write_finished_file(path, text, error);
 }

@@ -35,7 +35,8 @@ public:
     void add_level(MODEL_LEVEL_STATISTICS const &level) override { levels.push_back(level); }
     void set_file_size(std::uint64_t bytes) override { file_size = bytes; }
 
-    // Writes `target` (Latin-1) + ".model_statistics". False if that failed; no message.
+    // Writes `target` + ".model_statistics". The target is in the encoding of file names; bytes that are none in it are
+    // taken for Latin-1. False if that failed; no message.
     bool save(KN::String const &target) const;
 
 private:
