@@ -113,7 +113,7 @@ bool Image::write_tga(String const &path, TGAFormat format) const
 {
     String const bytes = tga_bytes(accessor(), format);
     String error;
-    return !bytes.empty() && write_finished_file(disk_path(path), bytes, error);
+    return !bytes.empty() && write_finished_file(path, bytes, error);
 }
 
 bool Image::write_tga(FileOut &file, TGAFormat format) const

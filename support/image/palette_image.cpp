@@ -79,7 +79,7 @@ bool PALETTE_IMAGE::write(KN::String const &path) const
         bytes.append(reinterpret_cast<char const *>(&entry), 3);
     bytes.append(reinterpret_cast<char const *>(pixels.data), pixels.size());
     KN::String error;
-    return KN::write_finished_file(KN::disk_path(path), bytes, error);
+    return KN::write_finished_file(path, bytes, error);
 }
 
 }  // namespace SUPPORT

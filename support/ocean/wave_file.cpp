@@ -160,7 +160,7 @@ bool fits(WAVE_FRAME const &frame, std::uint32_t grid)
 
 bool OCEAN_WAVE_FIELD::write(KN::String const &path) const
 {
-    KN::FinishedFile file(KN::disk_path(path));
+    KN::FinishedFile file(path);
     WAVE_WRITER writer(file);
     writer(magic);
     writer(version);
