@@ -227,23 +227,21 @@ bool write_outlines(std::vector<GLTF::GEOMETRY> const &meshes, KN::String const 
 
 bool write_terrain_tile(std::vector<GLTF::GEOMETRY> const &meshes, KN::String const &folder, KN::String &error)
 {
-    KN::String const no_ground = folder + ": the terrain tile has no extent seen from above";
     GRID heights;
-    if (!lay_grid(meshes, heights)) {
-        error = no_ground;
-        return false;
-    }
+    bool has_ground = lay_grid(meshes, heights);
     for (GLTF::GEOMETRY const &mesh : meshes)
-        for (std::size_t i = 0; i + 2 < mesh.indices.size(); i += 3) {
+        for (std::size_t i = 0; has_ground && i + 2 < mesh.indices.size(); i += 3) {
             if (!KN::goes_on()) {  // one triangle may cover the whole tile
                 error = folder + ": interrupted";
                 return false;
             }
             raise_triangle(corner(mesh, i), corner(mesh, i + 1), corner(mesh, i + 2), heights);
         }
-    if (!fill_holes(heights)) {
-        error = no_ground;
-        return false;
+    has_ground = has_ground && fill_holes(heights);
+    if (!has_ground) {
+        KN::message(KN::MESSAGE_WARNING,
+                    folder + ": the model has no extent seen from above, and gets no files of a terrain tile");
+        return true;
     }
     return write_grid(heights, folder + "/hf_height_map.data", error) &&
            write_grid(departures(meshes, heights), folder + "/hf_height_map_mesh_delta.data", error) &&
