@@ -39,7 +39,11 @@ float GAME_CLOCK::game_time() const { return float(real_now - base_now) * time_s
 
 float GAME_CLOCK::game_seconds() const { return game_time() * in_seconds; }
 
-std::uint32_t GAME_CLOCK::game_milliseconds() const { return std::uint32_t(std::int64_t(game_time())); }
+std::uint32_t GAME_CLOCK::game_milliseconds() const
+{
+    float const time = game_time();
+    return std::abs(time) < 0x1p63f ? std::uint32_t(std::int64_t(time)) : 0;  // beyond, the low 32 bits are 0
+}
 
 void GAME_CLOCK::set_game_milliseconds(std::uint32_t milliseconds)
 {
