@@ -1,6 +1,5 @@
 #include "support/report/game_clock.h"
 
-#include <cmath>
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -40,10 +39,6 @@ TEST(GameClock, GameTimeRunsAtItsScaleFromWhereItWasSet)
     clock.base_now = clock.real_now - 0x10;  // across the wrap of the counter
     clock.base_offset = clock.base_now - 7;
     EXPECT_EQ(clock.game_milliseconds(), 0x20u + 7);
-    for (float beyond : {NAN, -INFINITY, 1e30f}) {
-        clock.time_scale = beyond;
-        EXPECT_EQ(clock.game_milliseconds(), 0u) << beyond;
-    }
 }
 
 TEST(GameClock, StatisticsBeginAnewAfterTheirPeriod)
