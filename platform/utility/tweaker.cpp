@@ -30,7 +30,7 @@ bool set_tweaker(KN::UniString const &name, KN::String const &text)
         return false;
     std::istringstream stream(text);
     entry->second->read(stream);
-    return !stream.fail();
+    return !stream.fail() && (stream.eof() || (stream >> std::ws).eof());
 }
 
 }  // namespace UTILITYDLL

@@ -35,7 +35,7 @@ protected:
 // By name. Changed while libraries are loaded and unloaded, on the thread that does this; read between.
 UTILITY_API KN_STD::MAP<KN::UniString, I_TWEAKER *> &tweakers();
 
-// Hands `text` to the tweaker; false if there is none of that name, or it is no value.
+// Hands `text` to the tweaker; false if there is none of that name, or it is no value or more than one.
 UTILITY_API bool set_tweaker(KN::UniString const &name, KN::String const &text);
 
 }  // namespace UTILITYDLL

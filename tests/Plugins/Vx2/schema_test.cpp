@@ -66,11 +66,12 @@ TEST(Vx2LoadTimeObjects, TweakerOfATakenNameKeepsItsDefault)
     {
         INTEGER_TWEAKER second("TREEBILLBOARD_PIXELSPERMETER", 17, "other", 1);
         EXPECT_EQ(UTILITYDLL::tweakers().at(name), first);
-        EXPECT_TRUE(UTILITYDLL::set_tweaker(name, "25"));
+        EXPECT_TRUE(UTILITYDLL::set_tweaker(name, "25 "));
         EXPECT_EQ(second.value, 17);
     }
     EXPECT_EQ(UTILITYDLL::tweakers().at(name), first);  // the loser's end does not take it along
     EXPECT_FALSE(UTILITYDLL::set_tweaker(name, "wide"));
+    EXPECT_FALSE(UTILITYDLL::set_tweaker(name, "25.5"));
     std::ostringstream text;
     first->write(text);
     EXPECT_EQ(text.str(), "25");
