@@ -193,7 +193,8 @@ STATUS run_action(ACTION_INTERFACE &action, FILE_TABLE const &files, RULE_CACHE 
         return status;
     auto const is_error = [](ACTION_LINE const &line) { return line.level >= 2; };
     if (std::none_of(action.lines().begin(), action.lines().end(), is_error))
-        action.output_line(QStringLiteral("failed without saying why"), 2);
+        action.output_line(
+            action.is_aborted() ? QStringLiteral("interrupted") : QStringLiteral("failed without saying why"), 2);
     return ACTION_INTERFACE::FAILED;
 }
 

@@ -166,6 +166,8 @@ TEST(Run, AnInterruptionAbortsWhatRunsAndLeavesOutTheRest)
     EXPECT_EQ(state.events.join(' '), "+A -A +B -B xC");
     EXPECT_TRUE(result.interrupted);
     EXPECT_FALSE(result.good());
+    ASSERT_EQ(long_work->lines().size(), 1);
+    EXPECT_EQ(long_work->lines()[0].text, "interrupted");
 }
 
 // Any number of workers: each action once, after all it waits for, and never beside one of its group.
