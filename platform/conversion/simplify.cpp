@@ -58,39 +58,63 @@ private:
         return 0;
     }
     float const *position(std::uint32_t vertex) const { return vertices.positions + 3 * std::size_t(vertex); }
+    float const *uv(std::uint32_t vertex) const { return vertices.uvs + 2 * std::size_t(vertex); }
     bool is_cut_between(std::uint32_t a, std::uint32_t b) const
     {
-        if (compare(vertices.uvs + 2 * std::size_t(a), vertices.uvs + 2 * std::size_t(b), 2) == 0)
+        if (compare(uv(a), uv(b), 2) == 0)
             return false;
         float const *const n = vertices.normals + 3 * std::size_t(a), *const m = vertices.normals + 3 * std::size_t(b);
         constexpr float smooth = 0.9f;
         return kept == CUTS::ALL || n[0] * m[0] + n[1] * m[1] + n[2] * m[2] > smooth;
     }
 
-    // Makes places of the members from `first` up to `last`, which have one position. Those whose texture coordinates
-    // are equal stay together; then whatever no cut lies between comes together.
-    void add_position(std::size_t first, std::size_t last)
+    using PIECES = std::vector<std::vector<std::uint32_t>>;
+
+    // The members from `first` up to `last`, which have one position, by their texture coordinates: each piece in
+    // ascending order, and the pieces in that of their first members.
+    PIECES pieces_of(std::size_t first, std::size_t last) const
     {
-        std::vector<std::vector<std::uint32_t>> pieces;
-        for (std::size_t i = first; i < last; ++i) {
-            auto const same = std::find_if(pieces.begin(), pieces.end(), [&](auto const &piece) {
-                return kept == CUTS::NONE || compare(vertices.uvs + 2 * std::size_t(piece[0]),
-                                                     vertices.uvs + 2 * std::size_t(members[i]), 2) == 0;
-            });
-            (same != pieces.end() ? *same : pieces.emplace_back()).push_back(members[i]);
+        std::vector<std::uint32_t> sorted(members.begin() + std::ptrdiff_t(first),
+                                          members.begin() + std::ptrdiff_t(last));
+        if (kept == CUTS::NONE || sorted.size() == 1)
+            return {std::move(sorted)};
+        auto const order = [&](std::uint32_t a, std::uint32_t b) { return compare(uv(a), uv(b), 2); };
+        std::stable_sort(sorted.begin(), sorted.end(),
+                         [&](std::uint32_t a, std::uint32_t b) { return order(a, b) < 0; });
+        PIECES pieces;
+        for (std::uint32_t const vertex : sorted) {
+            if (pieces.empty() || order(pieces.back()[0], vertex) != 0)
+                pieces.emplace_back();
+            pieces.back().push_back(vertex);
         }
-        constexpr std::size_t most = 16;  // pieces that are compared with one another
-        std::vector<std::vector<std::uint32_t>> merged;
+        std::sort(pieces.begin(), pieces.end(), [](auto const &a, auto const &b) { return a[0] < b[0]; });
+        return pieces;
+    }
+
+    // Each piece comes to the first that no cut parts it from.
+    PIECES merge(PIECES const &pieces) const
+    {
+        PIECES merged;
         for (auto const &piece : pieces) {
             auto const place = std::find_if(merged.begin(), merged.end(), [&](auto const &other) {
-                return pieces.size() <= most && std::none_of(piece.begin(), piece.end(), [&](std::uint32_t a) {
-                           return std::any_of(other.begin(), other.end(),
-                                              [&](std::uint32_t b) { return is_cut_between(a, b); });
-                       });
+                return std::none_of(piece.begin(), piece.end(), [&](std::uint32_t a) {
+                    return std::any_of(other.begin(), other.end(),
+                                       [&](std::uint32_t b) { return is_cut_between(a, b); });
+                });
             });
             auto &to = place != merged.end() ? *place : merged.emplace_back();
             to.insert(to.end(), piece.begin(), piece.end());
         }
+        return merged;
+    }
+
+    // Makes places of the members from `first` up to `last`, which have one position. Those whose texture coordinates
+    // are equal stay together; then whatever no cut lies between comes together.
+    void add_position(std::size_t first, std::size_t last)
+    {
+        PIECES pieces = pieces_of(first, last);
+        constexpr std::size_t most = 64;  // vertices that are compared with one another
+        PIECES const merged = last - first <= most ? merge(pieces) : std::move(pieces);
         std::size_t at = first;
         for (auto const &place : merged) {
             starts.push_back(std::uint32_t(at));
@@ -141,6 +165,9 @@ void choose_vertices(std::uint32_t *triangle, PLACES const &places, SIMPLIFIED_V
     std::array<CORNER, 3> corners;
     for (std::size_t i = 0; i < 3; ++i)
         corners[i] = {triangle + i, places.vertices_at(triangle[i])};
+    constexpr std::size_t most_choices = 256;
+    for (CORNER &corner : corners)
+        corner.choices = corner.choices.first(std::min(corner.choices.size(), most_choices));
     if (corners[0].choices.size() + corners[1].choices.size() + corners[2].choices.size() == 3) {
         for (CORNER const &corner : corners)
             *corner.index = corner.choices[0];

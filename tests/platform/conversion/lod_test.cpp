@@ -141,3 +141,27 @@ TEST(Levels, SmallPartsWithHardEdgesGoBeforeTheShapeDoes)
     }
     EXPECT_NEAR(area, 1, 0.02);
 }
+
+// Each triangle has a top of its own with its own texture coordinate, more of them than are compared with one another.
+TEST(Levels, AHubOfManyVerticesIsSimplifiedToo)
+{
+    constexpr unsigned count = 1000;
+    TREE const tree;
+    VEX2 scene;
+    VEX2_STATIC_MESH *const mesh = sheet<VEX2_STATIC_MESH>(u"cone", 1);
+    mesh->vertices.clear();
+    mesh->sections[0].triangles.clear();
+    for (unsigned i = 0; i < 2 * count; ++i) {
+        bool const is_top = i % 2 == 0;
+        float const share = float(i) / (2 * count), angle = 6.2831853f * share;
+        VEX2_VERTEX &vertex = mesh->vertices.append();
+        vertex.normal = {std::cos(angle), 0, std::sin(angle)};
+        vertex.position = is_top ? VEX2_VECTOR{0, 1, 0} : vertex.normal;
+        vertex.uvws.append(VEX2_VECTOR{share, is_top ? 1.0f : 0.0f, 0});
+        if (is_top)
+            mesh->sections[0].triangles.append(VEX2_TRIANGLE{{i, (i + 3) % (2 * count), i + 1}});
+    }
+    scene.static_meshes.append(mesh);
+    ASSERT_TRUE(convert(scene, tree, "models/cone", {false, {50, 10}, false, ""}));
+    EXPECT_THAT(level_triangles(MODEL(tree, "models/cone")), testing::ElementsAre(1000, 500, 100));
+}
