@@ -79,8 +79,10 @@ private:
         if (kept == CUTS::NONE || sorted.size() == 1)
             return {std::move(sorted)};
         auto const order = [&](std::uint32_t a, std::uint32_t b) { return compare(uv(a), uv(b), 2); };
-        std::stable_sort(sorted.begin(), sorted.end(),
-                         [&](std::uint32_t a, std::uint32_t b) { return order(a, b) < 0; });
+        std::sort(sorted.begin(), sorted.end(), [&](std::uint32_t a, std::uint32_t b) {
+            int const by_uv = order(a, b);
+            return by_uv != 0 ? by_uv < 0 : a < b;
+        });
         PIECES pieces;
         for (std::uint32_t const vertex : sorted) {
             if (pieces.empty() || order(pieces.back()[0], vertex) != 0)
