@@ -12,7 +12,7 @@ namespace KN {
 
 class FOUNDATION_API FinishedFile {
 public:
-    // `path` as the disk knows it; its folder must stand.
+    // `path` as the caller has it (file.h); its folder must stand.
     explicit FinishedFile(String path);
     ~FinishedFile();
     FinishedFile(FinishedFile const &) = delete;

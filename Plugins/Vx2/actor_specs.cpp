@@ -127,6 +127,6 @@ bool save_document(QDomDocument const &document, QString const &path)
         document.save(stream, 4);
     }
     KN::String ignored;
-    return KN::write_finished_file(KN::disk_path(local_8_bit(path)),
-                                   std::string_view(bytes.constData(), std::size_t(bytes.size())), ignored);
+    return KN::write_finished_file(local_8_bit(path), std::string_view(bytes.constData(), std::size_t(bytes.size())),
+                                   ignored);
 }

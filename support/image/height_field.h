@@ -26,11 +26,12 @@ public:
     // The values are undefined afterwards. At most 2^32 - 1 of them; of more the field stays empty.
     void resize(unsigned columns, unsigned rows);
 
-    // On all cores. A file on the disk is not held as a whole on the way: for large fields the fastest form.
-    // From the file's position on. False, with the field as it was, if the file is cut off or has no samples.
+    // Files on the disk are not held as a whole on the way: the fastest form for large fields. On all cores.
+    //
+    // DDS: from the file's position on. False, with the field as it was, if the file is cut off or has no samples.
     bool read_dds(KN::FileIn &file);
     bool read_dds(KN::MemFileIn &file);
-    // False if the file is no TIFF with one sample of 16 bits a pixel, or is cut off; the field is then as it was. The
+    // TIFF: false, with the field as it was, if the file has not one sample of 16 bits a pixel, or is cut off. The
     // samples are taken as unsigned and as not compressed, whatever the file says.
     bool read_tiff(KN::FileIn &file);
     bool read_tiff(KN::MemFileIn &file);
