@@ -156,7 +156,7 @@ bool MESH_SOURCE::take_geometry(GLTF::GEOMETRY &to, KN::String &error) const
     to.name = name;
     for (VEX2_STRING_ATTRIBUTE const &attribute : mesh.attributes.strings)
         if (attribute.values.count == 1)
-            to.texts[KN::to_utf8(attribute.name)] = KN::to_utf8(attribute.values[0]);
+            to.texts.emplace(KN::to_utf8(attribute.name), KN::to_utf8(attribute.values[0]));  // the first counts
     to.positions.reserve(std::size_t(count) * 3);
     for (std::uint32_t i = 0; i < count; ++i) {
         VEX2_VECTOR position;

@@ -32,6 +32,7 @@ TEST(Tech, MeshesAndReferencesOfTheSceneAreWritten)
     scene.static_meshes.append(sheet<VEX2_STATIC_MESH>(u"wall", 1));
     scene.static_meshes[1]->attributes.strings[0].values[0] = u"TECH";
     scene.static_meshes[1]->attributes.add_string(u"hull", u"stone");
+    scene.static_meshes[1]->attributes.add_string(u"hull", u"wood");
     add_reference(scene.references_b, u"..\\props\\Cart.v2.VX2");
     add_reference(scene.references_a, u"c:/art/Barrel.vx2");
     scene.seek(0);
