@@ -2,7 +2,7 @@
 // working tree. All rows are read at once into two arrays when the record opens, since a build with nothing to do asks
 // for every one of them; texts (paths, rule values, output lines) stay in the file until somebody asks why.
 //
-// Paths are known by the hash of their logical form (path_id), so that a comparison touches no text. What is put goes
+// Paths are known by the hash of their logical form (text_id), so that a comparison touches no text. What is put goes
 // into a queue and from there to the file in few transactions: a killed build loses at most the last ones, and the
 // actions that they concern are then still marked as owed.
 //
