@@ -28,7 +28,6 @@ public:
     //
     // `strip_*`: bones whose translations or rotations are left out, separated by blanks, "," or ";"; a name that ends
     // in "*" stands for all that begin so. `debug`: a message says what was taken.
-    //
     ANIMATION(VEX2_LOADER::VEX2 &scene, BONE_NAME_TABLE const &table, KN::String const &strip_translations,
               KN::String const &strip_rotations, float rate, bool reference_pose, VEX2_FILTER const &filter,
               bool rigid_reference, bool debug);
