@@ -107,9 +107,8 @@ ANIMATION::ANIMATION(VEX2 &scene, BONE_NAME_TABLE const &table, KN::String const
 {
     KN_STD::VECTOR<ANIMATION_BONE> bones;
     PERIOD period;
-    bool sampled = find_bones(scene, table, filter, rigid_reference, bones, fault) &&
-                   find_period(scene, rate, reference_pose, period, fault);
-    if (!sampled) {
+    if (!find_bones(scene, table, filter, rigid_reference, bones, fault) ||
+        !find_period(scene, rate, reference_pose, period, fault)) {
         if (debug)
             KN::message_txt(fault);
         return;
@@ -120,10 +119,14 @@ ANIMATION::ANIMATION(VEX2 &scene, BONE_NAME_TABLE const &table, KN::String const
     ANIMATION_SAMPLER sampler(scene, bones, parts);
     sampler.translations.reserve(std::size_t(tables.frame_count) * tables.translation_count);
     sampler.rotations.reserve(std::size_t(tables.frame_count) * tables.rotation_count);
-    for (std::uint32_t frame = 0; sampled && frame < tables.frame_count; ++frame)
-        sampled = sampler.take_frame(period.time_of(frame), fault);
-    if (!sampled)
-        return;
+    for (std::uint32_t frame = 0; frame < tables.frame_count; ++frame) {
+        if (!KN::goes_on()) {
+            fault = "interrupted";
+            return;
+        }
+        if (!sampler.take_frame(period.time_of(frame), fault))
+            return;
+    }
 
     valid = true;
     file = SUPPORT::animation_file_bytes(tables, sampler.translations, sampler.rotations);

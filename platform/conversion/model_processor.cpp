@@ -87,7 +87,7 @@ struct MODEL_PROCESSOR::STATE {
     bool take_levels(std::vector<MESH_SOURCE> const &meshes, MODEL_MESH_OPTIONS const &options, KN::String &error);
     void make_coarser_levels();
     void place_levels();
-    void add_textures(KN::String const &model_folder, bool is_tree);
+    bool add_textures(KN::String const &model_folder, bool is_tree);
     void add_place(KN::String const &model_folder);
     std::vector<GLTF::GEOMETRY> finest_geometry();
 };
@@ -212,15 +212,19 @@ void MODEL_PROCESSOR::STATE::place_levels()
     document.roots.push_back(int(first));
 }
 
-void MODEL_PROCESSOR::STATE::add_textures(KN::String const &model_folder, bool is_tree)
+// False if it was interrupted.
+bool MODEL_PROCESSOR::STATE::add_textures(KN::String const &model_folder, bool is_tree)
 {
     TEXTURE_FILES files(folder_of(source), PATHS::raw_data().toStdString(),
                         texture_folder.empty() ? model_folder : textures);
     for (MODEL_MATERIAL const &material : materials) {
+        if (!KN::goes_on())
+            return false;
         document.materials.push_back(with_textures(material, files, model_folder));
         if (is_tree)
             files.publish_seasons(material.diffuse);
     }
+    return true;
 }
 
 // So that the textures are found while the model stands elsewhere.
@@ -346,7 +350,8 @@ bool MODEL_PROCESSOR::write(KN::String const &model_file, MODEL_STATISTICS_INTER
     }
 
     KN::String const model_folder = tidy_folder(folder_of(final_target.empty() ? model_file : final_target));
-    state->add_textures(model_folder, tree);
+    if (!state->add_textures(model_folder, tree))
+        return fail(model_file + ": " + interrupted);
     if (!final_target.empty())
         state->add_place(model_folder);
     std::uint64_t size = 0;

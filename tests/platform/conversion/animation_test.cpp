@@ -167,6 +167,17 @@ TEST(Animation, WhatCannotBeSampledIsOneLineAndNoFile)
     }
 }
 
+TEST(Animation, AnInterruptedOneLeavesNoFile)
+{
+    RIG_TREE tree;
+    tree.put_scene();
+    LINES lines;
+    lines.yeses = 2;
+    EXPECT_FALSE(convert(tree, {}));
+    EXPECT_THAT(lines.of_level[KN::MESSAGE_ERROR], ElementsAre(HasSubstr("rig.vx2: interrupted")));
+    EXPECT_FALSE(tree.holds("working_data/rig.anim"));
+}
+
 TEST(BoneNameTable, ReadsWhatIsWrittenOfAScene)
 {
     RIG_TREE tree;

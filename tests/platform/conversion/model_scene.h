@@ -23,7 +23,9 @@ public:
     LINES() : before(KN::set_thread_message_sink(this)) {}
     ~LINES() { KN::set_thread_message_sink(before); }
     void message(KN::String const &line, int level) override { of_level[level].push_back(line); }
+    bool goes_on() const override { return yeses != 0 && (yeses < 0 || yeses-- > 0); }
     std::vector<std::string> of_level[3];
+    mutable int yeses = -1;  // after so many questions work is to end early; negative: never
 
 private:
     KN::MessageSink *before;

@@ -176,3 +176,23 @@ TEST(Model, StatisticsCountWhatTheModelHolds)
     EXPECT_THAT(text, testing::HasSubstr("least=\"0 -0.05 0\" greatest=\"1 0.1 1\""));
     EXPECT_THAT(text, testing::HasSubstr("bytes=\"" + std::to_string(tree.get("working_data/models/counted").size())));
 }
+
+TEST(Model, AnInterruptionAtAnyTimeFailsAndSaysSo)
+{
+    TREE const tree;
+    VEX2 scene;
+    add_material(scene, u"a");
+    scene.static_meshes.append(sheet<VEX2_STATIC_MESH>(u"sheet", 4));
+    int asked = 0;
+    for (bool is_done = false; !is_done; ++asked) {
+        ASSERT_LT(asked, 100);
+        LINES lines;
+        lines.yeses = asked;
+        is_done = convert(scene, tree, "tiles/sheet", {false, {50}, false, ""});
+        EXPECT_EQ(tree.holds("working_data/tiles/sheet"), is_done);
+        EXPECT_EQ(lines.of_level[2].size(), is_done ? 0u : 1u);
+        for (std::string const &line : lines.of_level[2])
+            EXPECT_THAT(line, testing::HasSubstr("interrupted"));
+    }
+    EXPECT_GT(asked, 4);
+}
