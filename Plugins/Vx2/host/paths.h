@@ -62,7 +62,7 @@ public:
 
     // The folder below the working root that a rule's property names for a file. A value that starts with "<working>/"
     // or "/" is that folder; any other is followed by the path from the folder that holds the rule to that of the file.
-    // Slashes at its ends are cut. Empty if the property is absent or null.
+    // Backslashes count as slashes; those at its ends are cut. Empty if the property is absent or null.
     static QString relative_target_path_from_rule_path(RULE const &rule, QString const &property,
                                                        LOGICAL_PATH const &logical, PHYSICAL_PATH const &physical);
 };
