@@ -1,5 +1,4 @@
 // A height field from the bytes of a DDS file. Seeds: files of HEIGHT_FIELD::write_dds.
-#include "foundation/file.h"
 #include "require.h"
 
 using namespace SUPPORT;
@@ -8,7 +7,9 @@ extern "C" int LLVMFuzzerTestOneInput(unsigned char const *bytes, std::size_t si
 {
     KN::MemFileIn file(bytes, unsigned(size));
     HEIGHT_FIELD field;
-    if (field.read_dds(file)) {
+    bool const is_field = field.read_dds(file);
+    require_same_from_disk(bytes, size, &HEIGHT_FIELD::read_dds, is_field, field);
+    if (is_field) {
         unsigned width = 0, height = 0;
         file.seek(0);
         require(HEIGHT_FIELD::read_dds_size(file, width, height) && width == field.width && height == field.height,

@@ -1,10 +1,15 @@
 // What must hold for every file that is accepted.
 #pragma once
 
+#include "foundation/file.h"
 #include "support/image/height_field.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace SUPPORT {
 
@@ -14,6 +19,20 @@ inline void require(bool held, char const *what)
         std::fprintf(stderr, "broken: %s\n", what);
         std::abort();
     }
+}
+
+// The file of these bytes as the disk has it gives the same field as the held one.
+inline void require_same_from_disk(unsigned char const *bytes, std::size_t size,
+                                   bool (HEIGHT_FIELD::*read)(KN::FileIn &), bool was_read, HEIGHT_FIELD const &held)
+{
+    int const handle = memfd_create("fuzz", 0);
+    require(handle >= 0 && ::write(handle, bytes, size) == ssize_t(size), "the system has memory for files");
+    KN::FileIn file;
+    HEIGHT_FIELD field;
+    bool const is_read = file.open("/proc/self/fd/" + std::to_string(handle), true) && (field.*read)(file);
+    ::close(handle);
+    require(is_read == was_read && field.width == held.width && std::ranges::equal(field.values, held.values),
+            "from the disk the same");
 }
 
 // `field` as read from a file of `size` bytes.

@@ -1,6 +1,5 @@
 // The directory, a height field and the strips of the bytes of a TIFF file. Seeds: small TIFF files of any making, not
 // compressed.
-#include "foundation/file.h"
 #include "require.h"
 #include "support/image/tiff.h"
 
@@ -21,7 +20,9 @@ extern "C" int LLVMFuzzerTestOneInput(unsigned char const *bytes, std::size_t si
 
     HEIGHT_FIELD field;
     file.seek(0);
-    if (field.read_tiff(file)) {
+    bool const is_field = field.read_tiff(file);
+    require_same_from_disk(bytes, size, &HEIGHT_FIELD::read_tiff, is_field, field);
+    if (is_field) {
         require(is_known && field.width == info.width && field.height == info.height, "a field has a directory");
         walk(field, size);
     }
