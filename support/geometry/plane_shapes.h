@@ -1,7 +1,7 @@
 // Tests of shapes in the plane against each other. The parameter of a point on a segment is 0 at its start and 1 at its
 // end; the ends count as on it (`within_ends`). All are pure functions on 32-bit floats, without allocation, that stop
-// at the first rejection. A step in which a number is missing (NaN) rejects, unless said otherwise; of rectangles, quads
-// and curves another side may still meet.
+// at the first rejection. A step in which a number is missing (NaN) rejects, unless said otherwise; of rectangles,
+// quads and curves another side may still meet.
 #pragma once
 
 #include "support/geometry/shapes.h"
