@@ -51,7 +51,7 @@ int main(int count, char **arguments)
 
     COMMAND_LINE line;
     CLI::App app("Looks into, checks, imports, exports and upgrades scene files.", "vx2");
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);  // a misspelt command is then named
     app.set_version_flag("--version", "vx2 " MOX_VERSION);
     CLI::App *const info_command =
         add_command(app, line, "info", "Says in a few lines what is in a scene.", "scene file", nullptr);
@@ -121,5 +121,8 @@ int main(int count, char **arguments)
         return clean(line.file, line.target);
     if (anim_command->parsed())
         return show_animation(line.file);
-    return bones_command->parsed() ? make_bone_table(line.file, line.target) : 2;
+    if (bones_command->parsed())
+        return make_bone_table(line.file, line.target);
+    std::fputs("vx2: which command? 'vx2 --help' lists them\n", stderr);
+    return 2;
 }
