@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <mutex>
 #include <stb/stb_image_write.h>
+#include <utility>
 
 namespace TOOLDATABUILDER {
 
@@ -147,14 +148,20 @@ KN::String TEXTURE_FILES::make(KN::String const &name)
     KN::String const target = texture_folder + "/" + stem + ".png";
     static std::mutex one_at_a_time;  // models that share a picture write it once
     std::lock_guard const guard(one_at_a_time);
+    static std::map<std::string, KN::String> sources;  // by target: what this process has published there
+    KN::String const before = std::exchange(sources[target], path);
     KN::String standing;
     if (read_file(target, standing) && standing == bytes)
         return target;
     if (std::ranges::any_of(published, [&](auto const &other) { return other.second == target; })) {
         KN::message(KN::MESSAGE_WARNING, path + ": another picture of this model is published as " + target +
                                              " already, give one of them another name; the material goes without it");
+        sources[target] = before;
         return {};
     }
+    if (!before.empty() && before != path)
+        KN::message(KN::MESSAGE_WARNING, path + ": takes the place of " + before + " as " + target +
+                                             ", which another model has; give one of them another name");
     if (!KN::make_directories(texture_folder) || !KN::write_finished_file(target, bytes, error)) {
         KN::message(KN::MESSAGE_WARNING, target + ": cannot be written; the material goes without it");
         return {};

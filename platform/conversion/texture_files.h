@@ -17,8 +17,9 @@ public:
 
     // The published file, absolute, for a picture as a material names it; empty, after a warning, if there is none. The
     // picture is a TGA or PNG file; its own folders are tried first, then its bare name beside the scene. Asked again
-    // for one name it does nothing; a file that is published with the same contents already is left alone. Published
-    // under their stems, of different pictures that share one only the first is taken.
+    // for one name it does nothing; a file that is published with the same contents already is left alone. Pictures are
+    // published under their stems. Of different ones that share one, a model takes the first only, with a warning;
+    // those of several models take each other's place, with a warning if that happens within one process.
     KN::String publish(KN::String const &name);
 
     // Publishes what stands beside the picture under its name with the suffix of a season in front of "_diffuse": what

@@ -184,6 +184,23 @@ TEST(Textures, OfDifferentPicturesThatShareAStemTheFirstStays)
     EXPECT_EQ(lines.of_level[1].size(), 1u);
 }
 
+TEST(Textures, AModelThatTakesTheNameOfAnothersPictureSaysSo)
+{
+    TREE const tree;
+    LINES lines;
+    std::filesystem::create_directories(tree.folder / "raw_data/castle");
+    tree.put("raw_data/props/paint.tga", tga(2, 24, 0, {red, red, red, red}, false));
+    tree.put("raw_data/castle/paint.tga", tga(2, 24, 0, {red, red, red, red}, false));
+    ASSERT_TRUE(convert_with(tree, u"paint.tga", "models/hut"));
+    ASSERT_TRUE(convert_with(tree, u"castle/../castle/paint.tga", "models/wall"));
+    EXPECT_EQ(lines.of_level[1], std::vector<std::string>()) << "the same picture";
+    tree.put("raw_data/props/paint.tga", tga(2, 24, 0, {blue, red, red, red}, false));
+    ASSERT_TRUE(convert_with(tree, u"paint.tga", "models/hut"));
+    ASSERT_TRUE(convert_with(tree, u"paint.tga", "models/barn"));
+    ASSERT_EQ(lines.of_level[1].size(), 1u);
+    EXPECT_THAT(lines.of_level[1][0], testing::HasSubstr("castle/paint.tga as "));
+}
+
 TEST(Uris, LeadFromFileToFile)
 {
     struct {
