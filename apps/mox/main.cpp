@@ -1,6 +1,7 @@
 // mox: the build host as a program. Arguments in, output out; docs/mox.md is its manual.
 
 #include "apps/mox/commands.h"
+#include "platform/build_host/did_you_mean.h"
 
 #include <CLI/CLI.hpp>
 
@@ -105,6 +106,19 @@ int main(int count, char **arguments)
 
     try {
         app.parse(count, arguments);
+    } catch (CLI::ExtrasError const &error) {
+        if (app.get_subcommands().empty() && app.remaining().front()[0] != '-') {
+            QString const word = QString::fromStdString(app.remaining().front());
+            QStringList known;
+            for (CLI::App const *const sub : app.get_subcommands({}))
+                known += QString::fromStdString(sub->get_name());
+            QString const hint = did_you_mean(word, known);
+            print_error(QStringLiteral("mox: there is no command '%1'%2")
+                            .arg(word, hint.isEmpty() ? QStringLiteral("; 'mox --help' lists them") : hint));
+        } else {
+            app.exit(error);
+        }
+        return EXIT_USAGE;
     } catch (CLI::ParseError const &error) {
         bool const is_help = error.get_exit_code() == 0;
         app.exit(error);

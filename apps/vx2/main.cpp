@@ -95,6 +95,13 @@ int main(int count, char **arguments)
 
     try {
         app.parse(count, arguments);
+    } catch (CLI::ExtrasError const &error) {
+        if (app.get_subcommands().empty() && app.remaining().front()[0] != '-')
+            std::fprintf(stderr, "vx2: there is no command '%s'; 'vx2 --help' lists them\n",
+                         KN::printable(app.remaining().front()).c_str());
+        else
+            app.exit(error);
+        return 2;
     } catch (CLI::ParseError const &error) {
         return app.exit(error) == 0 ? 0 : 2;
     }

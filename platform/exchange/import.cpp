@@ -182,6 +182,10 @@ bool import_model(IMPORT_REQUEST const &request, IMPORT_REPORT &report, KN::Stri
             return fail("the importer made a faulty scene: " + findings.errors.front());
     }
 
+    if (!folder.empty() && !KN::make_directories(folder)) {
+        error = KN::printable(request.target) + ": its folder cannot be made; check the path and the permissions";
+        return false;
+    }
     for (std::size_t i = 0; i < result.textures.size(); ++i) {
         report.textures.push_back(folder + result.textures[i]);
         if (!KN::write_finished_file(report.textures.back(), texture_bytes[i], error)) {

@@ -10,8 +10,9 @@
 
 struct IMPORT_REQUEST {
     KN::String model;
-    KN::String target;  // OUT.vx2; with `all_clips` each scene is OUT_CLIP.vx2
-    KN::String clip;    // name of one of several animations; empty: the first
+    KN::String
+        target;  // OUT.vx2, in a folder that is made if it is not there; with `all_clips` each scene is OUT_CLIP.vx2
+    KN::String clip;  // name of one of several animations; empty: the first
     bool all_clips = false;
     PROCESS_LIMITS limits;
     KN::String worker;  // a program that gives its arguments to run_import_worker when the first is

@@ -305,7 +305,7 @@ TEST_F(MoxTest, FaultsOfUseAndOfTheProjectHaveTheirExitCodes)
         int code;
         QString said;
     } const cases[] = {
-        {{"frobnicate"}, 2, "frobnicate"},
+        {{"biuld", "--jobs", "2"}, 2, "no command 'biuld'; did you mean 'build'?"},
         {{"build", "--jobs", "0"}, 2, "--jobs"},
         {{"build", "--tweak", "NO_SUCH=1"}, 2, "TREEBILLBOARD_PIXELSPERMETER"},
         {{"-C", nowhere, "build"}, 1, "mox init"},

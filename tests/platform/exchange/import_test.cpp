@@ -123,7 +123,7 @@ TEST(Import, SkinIsExactThroughoutTheClip)
 TEST(Import, ClipsAreChosenByName)
 {
     SCRATCH scratch;
-    IMPORT_REQUEST request = request_for(scratch.write("m.gltf", skinned_model()), scratch.path("m.vx2"));
+    IMPORT_REQUEST request = request_for(scratch.write("m.gltf", skinned_model()), scratch.path("new/folder/m.vx2"));
     request.clip = "rest/2";
     IMPORTED second;
     import_into(second, request);
@@ -140,7 +140,8 @@ TEST(Import, ClipsAreChosenByName)
     request.all_clips = true;
     IMPORTED all;
     import_into(all, request);
-    EXPECT_THAT(all.report.scenes, ElementsAre(scratch.path("m_lean.vx2"), scratch.path("m_rest_2.vx2")));
+    EXPECT_THAT(all.report.scenes,
+                ElementsAre(scratch.path("new/folder/m_lean.vx2"), scratch.path("new/folder/m_rest_2.vx2")));
 }
 
 TEST(Import, InstancesColoursUvsMorphsAndMaterialsSurviveARoundTrip)
